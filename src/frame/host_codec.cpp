@@ -1,0 +1,224 @@
+#include "frame/host_codec.h"
+
+#include <atomic>
+#include <cstring>
+#include <mutex>
+#include <string>
+
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+namespace codec {
+
+namespace {
+
+static_assert(sizeof(XMLCh) == sizeof(UChar), "XMLCh and UChar are both UTF-16 units");
+
+std::mutex selectionMutex;
+std::string selectedName = "UTF-8";
+bool selectedIsUtf8 = true;
+std::atomic<unsigned> generation{1};
+
+// One converter per thread, reopened when lumInitParser chose another one.
+class ThreadConverter {
+public:
+    ~ThreadConverter() {
+        if (converter_ != nullptr) ucnv_close(converter_);
+    }
+
+    // Null when the chosen code page is UTF-8 (converted without a converter).
+    UConverter* get() {
+        unsigned current = generation.load(std::memory_order_acquire);
+        if (current != generation_) {
+            if (converter_ != nullptr) ucnv_close(converter_);
+            converter_ = nullptr;
+            std::lock_guard<std::mutex> lock(selectionMutex);
+            if (!selectedIsUtf8) {
+                UErrorCode status = U_ZERO_ERROR;
+                converter_ = ucnv_open(selectedName.c_str(), &status);
+                if (U_FAILURE(status)) converter_ = nullptr;
+            }
+            generation_ = current;
+        }
+        return converter_;
+    }
+
+private:
+    UConverter* converter_ = nullptr;
+    unsigned generation_ = 0;
+};
+
+thread_local ThreadConverter threadConverter;
+
+MemoryManager* memory() { return XMLPlatformUtils::fgMemoryManager; }
+
+template <class T>
+T* allocate(size_t count) {
+    return static_cast<T*>(memory()->allocate(count * sizeof(T)));
+}
+
+bool isUtf8Name(const char* name) {
+    UErrorCode status = U_ZERO_ERROR;
+    const char* canonical = ucnv_getCanonicalName(name, "", &status);
+    if (U_FAILURE(status) || canonical == nullptr) canonical = name;
+    return std::strcmp(canonical, "UTF-8") == 0 || std::strcmp(name, "UTF-8") == 0;
+}
+
+}  // namespace
+
+bool select(const char* name) {
+    if (name == nullptr) return false;
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* probe = ucnv_open(name, &status);
+    if (U_FAILURE(status) || probe == nullptr) return false;
+    bool utf8 = std::strcmp(ucnv_getName(probe, &status), "UTF-8") == 0 || isUtf8Name(name);
+    ucnv_close(probe);
+    {
+        std::lock_guard<std::mutex> lock(selectionMutex);
+        selectedName = name;
+        selectedIsUtf8 = utf8;
+    }
+    generation.fetch_add(1, std::memory_order_acq_rel);
+    return true;
+}
+
+std::string selected() {
+    std::lock_guard<std::mutex> lock(selectionMutex);
+    return selectedName;
+}
+
+XMLCh* toXml(const char* text) {
+    if (text == nullptr) return nullptr;
+    return toXml(text, std::strlen(text));
+}
+
+XMLCh* toXml(const char* text, size_t length) {
+    if (text == nullptr || memory() == nullptr) return nullptr;
+    // A code page never yields more UTF-16 units than it has bytes.
+    size_t capacity = length + 1;
+    XMLCh* out = allocate<XMLCh>(capacity);
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t produced = 0;
+    UConverter* converter = threadConverter.get();
+    if (converter == nullptr) {
+        u_strFromUTF8WithSub(reinterpret_cast<UChar*>(out), static_cast<int32_t>(capacity),
+                             &produced, text, static_cast<int32_t>(length), 0xFFFD, nullptr,
+                             &status);
+    } else {
+        ucnv_resetToUnicode(converter);
+        produced = ucnv_toUChars(converter, reinterpret_cast<UChar*>(out),
+                                 static_cast<int32_t>(capacity), text,
+                                 static_cast<int32_t>(length), &status);
+    }
+    if (status == U_BUFFER_OVERFLOW_ERROR && converter != nullptr) {
+        // Not seen with ICU's code pages, but a converter may expand.
+        memory()->deallocate(out);
+        capacity = static_cast<size_t>(produced) + 1;
+        out = allocate<XMLCh>(capacity);
+        status = U_ZERO_ERROR;
+        ucnv_resetToUnicode(converter);
+        produced = ucnv_toUChars(converter, reinterpret_cast<UChar*>(out),
+                                 static_cast<int32_t>(capacity), text,
+                                 static_cast<int32_t>(length), &status);
+    }
+    if (U_FAILURE(status) || produced < 0) produced = 0;
+    out[produced] = 0;
+    return out;
+}
+
+char* toHost(const XMLCh* text) {
+    if (text == nullptr) return nullptr;
+    return toHost(text, XMLString::stringLen(text));
+}
+
+namespace {
+
+// Converts into `out` (capacity bytes, room for the NUL included);
+// answers the byte count the whole text needs.
+int32_t convertToHost(const XMLCh* text, size_t length, char* out, int32_t capacity,
+                      UErrorCode& status) {
+    int32_t produced = 0;
+    UConverter* converter = threadConverter.get();
+    if (converter == nullptr) {
+        u_strToUTF8WithSub(out, capacity, &produced, reinterpret_cast<const UChar*>(text),
+                           static_cast<int32_t>(length), 0xFFFD, nullptr, &status);
+    } else {
+        ucnv_resetFromUnicode(converter);
+        produced = ucnv_fromUChars(converter, out, capacity,
+                                   reinterpret_cast<const UChar*>(text),
+                                   static_cast<int32_t>(length), &status);
+    }
+    return produced;
+}
+
+}  // namespace
+
+char* toHost(const XMLCh* text, size_t length) {
+    if (text == nullptr || memory() == nullptr) return nullptr;
+    // First try with room for the common case (up to 3 bytes a unit).
+    int32_t capacity = static_cast<int32_t>(length * 3 + 1);
+    char* out = allocate<char>(static_cast<size_t>(capacity));
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t needed = convertToHost(text, length, out, capacity, status);
+    if (status == U_BUFFER_OVERFLOW_ERROR || needed >= capacity) {
+        memory()->deallocate(out);
+        capacity = needed + 1;
+        out = allocate<char>(static_cast<size_t>(capacity));
+        status = U_ZERO_ERROR;
+        needed = convertToHost(text, length, out, capacity, status);
+    }
+    if (U_FAILURE(status) || needed < 0) needed = 0;
+    out[needed] = '\0';
+    return out;
+}
+
+void appendHost(std::string& out, const XMLCh* text, size_t length) {
+    if (text == nullptr || length == 0) return;
+    size_t start = out.size();
+    out.resize(start + length * 3 + 1);
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t needed = convertToHost(text, length, &out[start],
+                                   static_cast<int32_t>(length * 3 + 1), status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        out.resize(start + static_cast<size_t>(needed) + 1);
+        status = U_ZERO_ERROR;
+        needed = convertToHost(text, length, &out[start], needed + 1, status);
+    }
+    if (U_FAILURE(status) || needed < 0) needed = 0;
+    out.resize(start + static_cast<size_t>(needed));
+}
+
+void release(XMLCh* text) {
+    if (text != nullptr) XMLString::release(&text);
+}
+
+void release(char* text) {
+    if (text != nullptr) XMLString::release(&text);
+}
+
+}  // namespace codec
+
+XmlString& XmlString::operator=(XmlString&& other) noexcept {
+    if (this != &other) {
+        codec::release(text_);
+        text_ = other.text_;
+        other.text_ = nullptr;
+    }
+    return *this;
+}
+
+HostString& HostString::operator=(HostString&& other) noexcept {
+    if (this != &other) {
+        codec::release(text_);
+        text_ = other.text_;
+        other.text_ = nullptr;
+    }
+    return *this;
+}
+
+}  // namespace lumxml

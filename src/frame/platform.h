@@ -1,0 +1,20 @@
+// The small seam between lumxml and the platform it runs on.
+#pragma once
+
+#include <cstdio>
+
+#include "lumxml.h"
+
+namespace lumxml {
+namespace platform {
+
+// ASCII case-insensitive comparison (what _stricmp does on Windows).
+int compareIgnoringCase(const char* a, const char* b);
+
+// fopen with an 8-bit name.
+std::FILE* openFile(const char* name, const char* mode);
+// _wfopen on Windows; elsewhere the UTF-16 name is converted to UTF-8 first.
+std::FILE* openFile(const lum_wchar_t* name, const char* mode);
+
+}  // namespace platform
+}  // namespace lumxml
