@@ -1,5 +1,6 @@
 // Subcommands of the demo host. Each takes the arguments after its name and
-// answers the process exit status.
+// answers the process exit status. A new subcommand lives in its own
+// cmd_<name>.cpp and is registered with one line in commands.cpp.
 #pragma once
 
 #include <string>
@@ -25,5 +26,17 @@ constexpr int kExitOk = 0;
 constexpr int kExitFailure = 1;   // the library reported a failure
 constexpr int kExitUsage = 2;     // bad arguments
 constexpr int kExitNoLibrary = 3; // the library could not be loaded
+
+// Shared by the subcommands.
+// Reads "--name VALUE" at arguments[i]; true (and i moved on) when it was
+// that option. A missing value sets `error`.
+bool readOption(const Arguments& arguments, size_t& i, const char* name, std::string& value,
+                bool& error);
+// Calls lumInitParser as a host does and prints what it answered; false
+// when the library reported an error.
+bool initialise(HostLibrary& library, const std::string& codePage);
+
+// The subcommands.
+int runInfo(HostLibrary& library, const Arguments& arguments);
 
 }  // namespace host
