@@ -7,6 +7,7 @@
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
+#include "out/memio.h"
 
 using namespace lumxml;
 
@@ -21,6 +22,11 @@ extern "C" LUM_API int32_t lumInitParser(const char* codePage, char* errorBuffer
 }
 
 // ---- Output ----------------------------------------------------------------
+
+extern "C" LUM_API void lumMemioInit(MemioReservedFn reserved, MemioAllocFn alloc,
+                                     MemioReallocFn realloc) {
+    memioInit(reserved, alloc, realloc);
+}
 
 // ---- Documents -------------------------------------------------------------
 
