@@ -8,6 +8,7 @@
 #include "frame/boundary.h"
 #include "frame/library_state.h"
 #include "out/memio.h"
+#include "sax/attr_list.h"
 
 using namespace lumxml;
 
@@ -43,5 +44,50 @@ extern "C" LUM_API int32_t lumTypeToInt(const char* name) { return typeToInt(nam
 // ---- SAX reader ------------------------------------------------------------
 
 // ---- Attribute lists -------------------------------------------------------
+// No error is reported by these exports; a failure answers null or leaves
+// the list as it was.
+
+extern "C" LUM_API SaxAttrList* lumSAXNewAttrList(int32_t capacity) {
+    return guardValue<SaxAttrList*>(nullptr, [&] { return attrlist::newList(capacity); });
+}
+
+extern "C" LUM_API char* lumSAXInsertAttribute(SaxAttrList** list, const char* qName,
+                                               const char* value, const char* uri,
+                                               const char* type) {
+    return guardValue<char*>(nullptr,
+                             [&] { return attrlist::insert(list, qName, value, uri, type); });
+}
+
+extern "C" LUM_API char* lumSAXSetAttribute(SaxAttribute* entry, const char* qName,
+                                            const char* value, const char* uri,
+                                            const char* type) {
+    return guardValue<char*>(nullptr,
+                             [&] { return attrlist::set(entry, qName, value, uri, type); });
+}
+
+extern "C" LUM_API char* lumSAXSetAttributeValue(SaxAttribute* entry, const char* value) {
+    return guardValue<char*>(nullptr, [&] { return attrlist::setValue(entry, value); });
+}
+
+extern "C" LUM_API void lumSAXClearAttribute(SaxAttribute* entry) {
+    guardValue(false, [&] {
+        attrlist::clear(entry);
+        return true;
+    });
+}
+
+extern "C" LUM_API void lumSAXDeleteAttrList(SaxAttrList* list) {
+    guardValue(false, [&] {
+        attrlist::deleteList(list);
+        return true;
+    });
+}
+
+extern "C" LUM_API void lumSAXFixAttrMem(char** slot, const char* text) {
+    guardValue(false, [&] {
+        attrlist::fixString(slot, text);
+        return true;
+    });
+}
 
 // ---- SAX writer ------------------------------------------------------------
