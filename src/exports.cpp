@@ -9,6 +9,7 @@
 #include "frame/library_state.h"
 #include "out/memio.h"
 #include "sax/attr_list.h"
+#include "writer/writer.h"
 
 using namespace lumxml;
 
@@ -91,3 +92,9 @@ extern "C" LUM_API void lumSAXFixAttrMem(char** slot, const char* text) {
 }
 
 // ---- SAX writer ------------------------------------------------------------
+
+extern "C" LUM_API int32_t lumSAXWriterExecute(SAXWriter* writer, int32_t command,
+                                               WriterOptions* options, WriterArgs* args) {
+    return guardValue(static_cast<int32_t>(kErrUnexpected),
+                      [&] { return executeWriterCommand(writer, command, options, args); });
+}

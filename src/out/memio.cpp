@@ -42,7 +42,8 @@ const char* memioSourceFile() { return "lumxml/src/out/memio.cpp"; }
 
 XMLMemOut::XMLMemOut(const char* encoding, bool writeBom)
     : buffer_(static_cast<uint8_t*>(allocateBlock(kInitialCapacity, kMemioLineConstruct))),
-      capacity_(kInitialCapacity) {
+      capacity_(kInitialCapacity),
+      fromHostAllocator_(gAlloc != nullptr) {
     if (encoding == nullptr || !writeBom || buffer_ == nullptr) return;
     uint8_t mark[2];
     size_t size = byteOrderMarkBytes(byteOrderMarkFor(encoding), mark);
@@ -66,9 +67,22 @@ uint32_t XMLMemOut::growthIncrement(uint32_t capacity, XMLSize_t count) {
     return increment;
 }
 
+XMLMemOut::~XMLMemOut() {
+    if (!handedOver_) discard();
+}
+
+void XMLMemOut::discard() {
+    if (!fromHostAllocator_) std::free(buffer_);
+    buffer_ = nullptr;
+    capacity_ = 0;
+    length_ = 0;
+    publishBuffer();
+}
+
 void XMLMemOut::grow(XMLSize_t count) {
     capacity_ += growthIncrement(capacity_, count);
     void* old = buffer_;
+    fromHostAllocator_ = gRealloc != nullptr;
     buffer_ = static_cast<uint8_t*>(reallocateBlock(buffer_, capacity_, kMemioLineGrow));
     // The runtime's realloc keeps the old block when it fails, and nobody
     // holds it any more (the host's variable is set to null below), so it
@@ -79,6 +93,7 @@ void XMLMemOut::grow(XMLSize_t count) {
 }
 
 void XMLMemOut::replaceAfterFailedGrowth() {
+    fromHostAllocator_ = gAlloc != nullptr;
     buffer_ = static_cast<uint8_t*>(allocateBlock(kInitialCapacity, kMemioLineReplace));
     capacity_ = kInitialCapacity;
     length_ = 0;
@@ -104,6 +119,7 @@ void XMLMemOut::attachHost(void** bufferOut, uint32_t** lengthOut) {
     if (bufferOut != nullptr) *bufferOut = buffer_;
     if (lengthOut != nullptr) *lengthOut = &length_;
     hostBufferSlot_ = bufferOut;
+    handedOver_ = true;
 }
 
 void XMLMemOut::release(void** bufferOut, uint32_t* lengthOut) {
@@ -112,6 +128,7 @@ void XMLMemOut::release(void** bufferOut, uint32_t* lengthOut) {
         // Shrinking cannot really fail; if it does, the old block stands.
         if (trimmed != nullptr) buffer_ = static_cast<uint8_t*>(trimmed);
     }
+    handedOver_ = true;
     if (bufferOut != nullptr) *bufferOut = buffer_;
     if (lengthOut != nullptr) *lengthOut = length_;
 }

@@ -44,6 +44,11 @@ public:
     // stored at its start only when `encoding` is not null and `writeBom`.
     XMLMemOut(const char* encoding, bool writeBom);
 
+    // A block never handed to the host (no attachHost, no release) is
+    // still the library's and is freed here when the runtime allocated
+    // it; a handed-over block belongs to the host and is left alone.
+    ~XMLMemOut() override;
+
     XMLMemOut(const XMLMemOut&) = delete;
     XMLMemOut& operator=(const XMLMemOut&) = delete;
 
@@ -58,6 +63,11 @@ public:
     void attachHost(void** bufferOut, uint32_t** lengthOut);
     // Trims the block to length + 1 bytes and hands block and length over.
     void release(void** bufferOut, uint32_t* lengthOut);
+    // For a creator that is about to forget the block for the host (the
+    // host's variables are set to null): a block from the runtime
+    // allocator is freed, since nobody could free it later; a block from
+    // the host's allocator is left to the host's allocator.
+    void discard();
 
     uint8_t* buffer() const { return buffer_; }
     uint32_t capacity() const { return capacity_; }
@@ -76,6 +86,8 @@ private:
     uint32_t capacity_ = 0;
     uint32_t length_ = 0;
     void** hostBufferSlot_ = nullptr;
+    bool fromHostAllocator_ = false;  // the block came from the host's functions
+    bool handedOver_ = false;
 };
 
 }  // namespace lumxml
