@@ -17,6 +17,7 @@ std::vector<void*>& keptBlocks() {
 }
 
 int gFailingReallocs = 0;
+void* gLastAllocated = nullptr;
 
 }  // namespace
 
@@ -32,7 +33,8 @@ void HostMemory::failNextReallocs(int count) { gFailingReallocs = count; }
 
 void* HostMemory::alloc(uint32_t size, const char* sourceFile, int32_t line) {
     recorded().push_back({MemoryCall::Alloc, size, sourceFile ? sourceFile : "", line});
-    return std::malloc(size);
+    gLastAllocated = std::malloc(size);
+    return gLastAllocated;
 }
 
 void* HostMemory::realloc(void* block, uint32_t size, const char* sourceFile, int32_t line) {
@@ -46,6 +48,11 @@ void* HostMemory::realloc(void* block, uint32_t size, const char* sourceFile, in
 }
 
 void HostMemory::reserved() { std::abort(); }  // never to be called
+
+void HostMemory::freeLiveBlocks() {
+    std::free(gLastAllocated);
+    gLastAllocated = nullptr;
+}
 
 void HostMemory::freeKeptBlocks() {
     for (void* block : keptBlocks()) std::free(block);

@@ -33,6 +33,9 @@ public:
 
     // Frees the blocks kept back by failed reallocations.
     static void freeKeptBlocks();
+    // Frees the last block handed out by alloc (a host whose variable
+    // was cleared by the library frees it through its own records).
+    static void freeLiveBlocks();
 };
 
 }  // namespace lumtest
