@@ -72,6 +72,7 @@ public:
     uint8_t* buffer() const { return buffer_; }
     uint32_t capacity() const { return capacity_; }
     uint32_t length() const { return length_; }
+    bool fromHostAllocator() const { return fromHostAllocator_; }
 
     // The increment for a block of `capacity` bytes that must take `count`
     // more (the growth schedule by capacity band).

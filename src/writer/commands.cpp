@@ -5,6 +5,7 @@
 //          3 -> 24/27 -> 4 after an end tag;  25/30 -> 5 after text
 //          22 -> 6 ended;  any failure or command 5 -> 7 failed/stopped
 // In state 7 only 2 (free), 3 (state), 4 (reset) and 5 (stop) are taken.
+#include <cstdlib>
 #include <new>
 
 #include "out/memio.h"
@@ -150,6 +151,11 @@ int32_t failureStep(SAXWriter& w, WriterOptions* options) {
     // allocator could then be freed by nobody, so it goes now.
     discardUnreachableMemory(w);
     runGuarded(w, [&] { endDocument(w, options); });
+    // The failing command may have closed the output itself (command 22
+    // finding an open element): its block is just as unreachable now.
+    if (options != nullptr && w.closedBlock != nullptr && options->memoryBuffer == w.closedBlock)
+        std::free(w.closedBlock);
+    w.closedBlock = nullptr;
     if (options != nullptr) {
         options->memoryBuffer = nullptr;
         options->memoryLength = nullptr;
@@ -178,6 +184,7 @@ int32_t openCommand(SAXWriter& w, WriterOptions* options) {
 int32_t tableCommand(SAXWriter& w, int32_t command, WriterOptions* options, WriterArgs* args) {
     const CommandRule& rule = ruleFor(command);
     bool refused = false;
+    w.closedBlock = nullptr;  // only a block closed by this very command counts
     runGuarded(w, [&] {
         completeStartTag(w, static_cast<uint32_t>(command));
         if ((rule.requiredState != kAny && w.state != rule.requiredState) ||

@@ -224,6 +224,9 @@ void endDocument(SAXWriter& w, WriterOptions* options) {
     // The live length goes with the target: the host's pointer is moved
     // to a cell of the writer holding the final count, so that reading
     // it after the end of the document stays safe.
+    if (w.memory != nullptr) {
+        w.closedBlock = w.memory->fromHostAllocator() ? nullptr : w.memory->buffer();
+    }
     if (w.memory != nullptr && options != nullptr) {
         w.finalLength = w.memory->length();
         options->memoryLength = &w.finalLength;

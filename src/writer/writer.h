@@ -121,6 +121,7 @@ struct SAXWriter {
     lumxml::XMLMemOut* memory = nullptr;   // the target when it is host memory
     WriterOptions* currentOptions = nullptr;  // the record of the command being run
     uint32_t finalLength = 0;        // the host's length cell once the memory target is gone
+    void* closedBlock = nullptr;     // runtime-allocated block of the output just closed
     WriterOptions* openOptions = nullptr;  // the record the message address was published to
     const char* publishedMessage = nullptr;
     std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
