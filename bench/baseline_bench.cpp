@@ -1,7 +1,11 @@
 // The baselines: raw Xerces-C and libxml2 on the same documents.
+#include <cstring>
+
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/framework/MemBufFormatTarget.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
@@ -95,8 +99,48 @@ void Libxml2Save(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
 }
 
+void XercesSave(benchmark::State& state) {
+    startXerces();
+    const std::string& text = document(state.range(0));
+    XercesDOMParser parser;
+    parser.setDoNamespaces(true);
+    MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                             "MEMPTR");
+    parser.parse(source);
+    DOMImplementation* impl = DOMImplementationRegistry::getDOMImplementation(u"LS");
+    for (auto _ : state) {
+        DOMLSSerializer* serializer = impl->createLSSerializer();
+        DOMLSOutput* output = impl->createLSOutput();
+        MemBufFormatTarget target;
+        output->setByteStream(&target);
+        output->setEncoding(u"UTF-8");
+        serializer->write(parser.getDocument(), output);
+        benchmark::DoNotOptimize(target.getLen());
+        output->release();
+        serializer->release();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
+}
+
+void Libxml2SaxParse(benchmark::State& state) {
+    const std::string& text = document(state.range(0));
+    for (auto _ : state) {
+        xmlSAXHandler handler;
+        std::memset(&handler, 0, sizeof handler);
+        size_t elements = 0;
+        handler.startElement = [](void* user, const xmlChar*, const xmlChar**) {
+            ++*static_cast<size_t*>(user);
+        };
+        xmlSAXUserParseMemory(&handler, &elements, text.data(), static_cast<int>(text.size()));
+        benchmark::DoNotOptimize(elements);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
+}
+
 }  // namespace
 
+BENCHMARK(XercesSave)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
+BENCHMARK(Libxml2SaxParse)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
 BENCHMARK(XercesDomLoad)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
 BENCHMARK(XercesSax2Parse)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
 BENCHMARK(Libxml2DomLoad)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
