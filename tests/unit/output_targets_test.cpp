@@ -16,6 +16,7 @@
 
 #include "frame/library_state.h"
 #include "host_memory.h"
+#include "host_test.h"
 #include "out/byte_order.h"
 #include "out/file_out.h"
 #include "out/memio.h"
@@ -28,34 +29,6 @@ using lumtest::MemoryCall;
 
 namespace {
 
-// host_test.cpp's helpers call the exports, which unit tests do not link;
-// these two are enough here.
-namespace lumtest {
-using ::lumtest::HostMemory;
-
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "lumxml-unit-XXXXXX").string();
-        if (mkdtemp(pattern.data()) != nullptr) path_ = pattern;
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    const std::string& path() const { return path_; }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-}  // namespace lumtest
 
 const std::string kLittleMark("\xFF\xFE", 2);
 const std::string kBigMark("\xFE\xFF", 2);
