@@ -4,6 +4,7 @@
 // whatever escapes them.
 #include "lumxml.h"
 
+#include "dom/input_source.h"
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
@@ -24,6 +25,14 @@ extern "C" LUM_API int32_t lumInitParser(const char* codePage, char* errorBuffer
 // ---- Output ----------------------------------------------------------------
 
 // ---- Documents -------------------------------------------------------------
+
+// No initialisation check and no error buffer: null answers every failure.
+extern "C" LUM_API void* lumCreateInputSource(const char* fileName, const void* memory,
+                                              int32_t memoryLength) {
+    return guardValue<void*>(nullptr, [&]() -> void* {
+        return createInputSource(fileName, memory, memoryLength);
+    });
+}
 
 // ---- Document methods ------------------------------------------------------
 
