@@ -9,6 +9,8 @@
 #include "frame/boundary.h"
 #include "frame/library_state.h"
 #include "sax/attr_list.h"
+#include "sax/sax_events.h"
+#include "sax/sax_parser.h"
 
 using namespace lumxml;
 
@@ -45,6 +47,33 @@ extern "C" LUM_API void lumTypeToChar(int32_t type, char* name) { typeToChar(typ
 extern "C" LUM_API int32_t lumTypeToInt(const char* name) { return typeToInt(name); }
 
 // ---- SAX reader ------------------------------------------------------------
+// Failures are reported in the record's error text and code.
+
+extern "C" LUM_API int32_t lumSAXParse(SaxParserInstance* instance) {
+    return guardValue<int32_t>(0, [&] { return sax::validateFile(instance); });
+}
+
+extern "C" LUM_API int32_t lumSAXParseFirst(SaxParserInstance* instance) {
+    return guardValue<int32_t>(0, [&] { return sax::parseFirst(instance); });
+}
+
+extern "C" LUM_API int32_t lumSAXParseNext(SaxParserInstance* instance) {
+    return guardValue<int32_t>(0, [&] { return sax::parseNext(instance); });
+}
+
+extern "C" LUM_API void lumSAXDeleteParserInstance(SaxParserInstance* instance) {
+    guardValue(false, [&] {
+        sax::deleteParserInstance(instance);
+        return true;
+    });
+}
+
+extern "C" LUM_API void lumSAXClearCallbackData(SaxEvent* event) {
+    guardValue(false, [&] {
+        sax::clearEvent(event);
+        return true;
+    });
+}
 
 // ---- Attribute lists -------------------------------------------------------
 // No error is reported by these exports; a failure answers null or leaves
