@@ -130,6 +130,7 @@ inline std::string describeAttributes(const unsigned char* event) {
 
 // "Name args..." for the event, as the host would print it.
 inline std::string describeEvent(const unsigned char* event) {
+    if (event == nullptr) return "(no event)";
     const uint32_t kind = eventKind(event);
     const uint32_t argCount = readAt<uint32_t>(event, evt::kArgCount);
     std::string out = eventName(event) + "/" + std::to_string(argCount);
@@ -172,11 +173,12 @@ struct DrainOptions {
     size_t maxEvents = 1000000;
 };
 
-// Runs a whole parse the way a host does and describes every event seen at
-// eventHead. The last entry is "result 0 code N text" of the final call.
-inline std::vector<std::string> drain(HostRecord& record, DrainOptions options = {}) {
+// Goes on with a parse whose last call answered `result`, the way a host
+// does, and describes every event seen at eventHead. The last entry is
+// "result 0 code N text" of the final call.
+inline std::vector<std::string> collect(HostRecord& record, int32_t result,
+                                        DrainOptions options = {}) {
     std::vector<std::string> seen;
-    int32_t result = record.first();
     while (result == 1 && seen.size() < options.maxEvents) {
         if (record.head() != nullptr) {
             seen.push_back(options.withLocation ? describeWithLocation(record)
@@ -189,6 +191,11 @@ inline std::vector<std::string> drain(HostRecord& record, DrainOptions options =
     seen.push_back("result " + std::to_string(result) + " code " +
                    std::to_string(record.errorCode()) + " " + record.errorText());
     return seen;
+}
+
+// A whole parse from lumSAXParseFirst on.
+inline std::vector<std::string> drain(HostRecord& record, DrainOptions options = {}) {
+    return collect(record, record.first(), options);
 }
 
 }  // namespace lumtest
