@@ -8,9 +8,11 @@
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
+#include "out/memio.h"
 #include "sax/attr_list.h"
 #include "sax/sax_events.h"
 #include "sax/sax_parser.h"
+#include "writer/writer.h"
 
 using namespace lumxml;
 
@@ -25,6 +27,11 @@ extern "C" LUM_API int32_t lumInitParser(const char* codePage, char* errorBuffer
 }
 
 // ---- Output ----------------------------------------------------------------
+
+extern "C" LUM_API void lumMemioInit(MemioReservedFn reserved, MemioAllocFn alloc,
+                                     MemioReallocFn realloc) {
+    memioInit(reserved, alloc, realloc);
+}
 
 // ---- Documents -------------------------------------------------------------
 
@@ -123,3 +130,9 @@ extern "C" LUM_API void lumSAXFixAttrMem(char** slot, const char* text) {
 }
 
 // ---- SAX writer ------------------------------------------------------------
+
+extern "C" LUM_API int32_t lumSAXWriterExecute(SAXWriter* writer, int32_t command,
+                                               WriterOptions* options, WriterArgs* args) {
+    return guardValue(static_cast<int32_t>(kErrUnexpected),
+                      [&] { return executeWriterCommand(writer, command, options, args); });
+}
