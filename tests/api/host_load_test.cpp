@@ -24,7 +24,7 @@ std::string hostProgram() {
 
 HostRun runHost(const std::string& arguments) {
     std::string command = hostProgram() + " --library " + LUMXML_LIBRARY_PATH + " " + arguments +
-                          " 2>&1";
+                          " 2>/dev/null";
     HostRun run{-1, ""};
     FILE* pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return run;
