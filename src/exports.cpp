@@ -4,8 +4,10 @@
 // whatever escapes them.
 #include "lumxml.h"
 
+#include "dom/document_methods.h"
 #include "dom/documents.h"
 #include "dom/input_source.h"
+#include "dom/node_methods.h"
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
@@ -59,9 +61,32 @@ extern "C" LUM_API void lumDocDelete(void* document, char* errorBuffer, int32_t*
 
 // ---- Document methods ------------------------------------------------------
 
+// The host's document cell holds the DOMDocument* itself.
+extern "C" LUM_API void lumDocExecute(void* document, int32_t method, void** args, void* result,
+                                      char* errorBuffer, int32_t* errorCode) {
+    ErrorReport report(errorBuffer, errorCode);
+    guardExport(report, [&] {
+        documentExecute(static_cast<XERCES_CPP_NAMESPACE::DOMDocument*>(document), method, args,
+                        result, report);
+    });
+}
+
 // ---- Document saving -------------------------------------------------------
 
 // ---- Nodes -----------------------------------------------------------------
+
+// Node handles are DOMNode* addresses.
+extern "C" LUM_API void lumNodeExecute(void* node, int32_t method, void** args, void* result,
+                                       char* errorBuffer, int32_t* errorCode) {
+    ErrorReport report(errorBuffer, errorCode);
+    guardExport(report, [&] {
+        nodeExecute(static_cast<XERCES_CPP_NAMESPACE::DOMNode*>(node), method, args, result,
+                    report);
+    });
+}
+
+// Does nothing: a node is removed and released through node method 3.
+extern "C" LUM_API void lumNodeDelete(void) {}
 
 extern "C" LUM_API void lumTypeToChar(int32_t type, char* name) { typeToChar(type, name); }
 

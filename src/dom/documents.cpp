@@ -14,6 +14,7 @@
 #include <xercesc/util/XMLException.hpp>
 
 #include "dom/back_slash_path.h"
+#include "dom/child_cursor.h"
 #include "dom/doc_user_data.h"
 #include "dom/dom_tree_error_reporter.h"
 #include "dom/input_source.h"
@@ -166,6 +167,7 @@ void adoptParsedDocument(XercesDOMParser& parser, const LoadRequest& request) {
     DOMDocument* current = static_cast<DOMDocument*>(*request.document);
     DocUserData* record = current != nullptr ? detachUserData(asNode(current)) : nullptr;
     DOMDocument* kept = current;
+    noteTreeChange();
     if (DOMDocument* parsed = parser.adoptDocument()) {
         if (current != nullptr) asNode(current)->release();
         kept = parsed;
@@ -220,6 +222,7 @@ void deleteDocument(void* document) {
     DOMDocument* doc = static_cast<DOMDocument*>(document);
     if (doc == nullptr) return;
     delete detachUserData(asNode(doc));
+    noteTreeChange();
     asNode(doc)->release();
 }
 
