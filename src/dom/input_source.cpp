@@ -5,6 +5,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "frame/host_codec.h"
+#include "frame/library_state.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -26,6 +27,9 @@ InputSource* fileSource(const char* fileName) {
 }  // namespace
 
 InputSource* createInputSource(const char* fileName, const void* memory, int32_t memoryLength) {
+    // Before lumInitParser nothing can be made (Xerces has no memory
+    // manager yet): null, as for any source that cannot be made.
+    if (!isInitialised()) return nullptr;
     if (fileName != nullptr && fileName[0] != '\0') return fileSource(fileName);
     // A negative length would make a source over the whole address space:
     // it is treated like a zero length, as no memory.
