@@ -104,7 +104,7 @@ InputSource* LumSAXEntityResolver::askHost(const XMLCh* publicId, const XMLCh* s
     if (event == nullptr) return nullptr;
     event->arg1 = sax::hostCopy(publicId);
     event->arg2 = sax::hostCopy(systemId);
-    sax::updateLocation(*instance_);
+    sax::locateEvent(*instance_, *event);
     sax::finishEvent(*event, sax::kResolveEntity, 4);
 
     int32_t result = 0;

@@ -1,5 +1,6 @@
 #include "sax/sax_events.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
@@ -34,7 +35,19 @@ constexpr const char* kEventNames[] = {
     "FatalError",
 };
 
-SaxEvent* newEvent() { return static_cast<SaxEvent*>(std::calloc(1, sizeof(SaxEvent))); }
+// A queued event with the location it was queued at. The host sees only the
+// SaxEvent at the start of the block.
+struct QueuedEvent {
+    SaxEvent event;
+    uint32_t line;
+    uint32_t column;
+};
+static_assert(offsetof(QueuedEvent, event) == 0, "the host's record comes first");
+
+SaxEvent* newEvent() {
+    auto* queued = static_cast<QueuedEvent*>(std::calloc(1, sizeof(QueuedEvent)));
+    return queued != nullptr ? &queued->event : nullptr;
+}
 
 void releaseSlot(void*& slot) {
     char* text = static_cast<char*>(slot);
@@ -177,6 +190,20 @@ void updateLocation(SaxParserInstance& instance) {
     instance.line = static_cast<uint32_t>(locator->getLineNumber());
     updateId(instance.publicId, locator->getPublicId());
     updateId(instance.systemId, locator->getSystemId());
+}
+
+void locateEvent(SaxParserInstance& instance, SaxEvent& event) {
+    updateLocation(instance);
+    auto& queued = reinterpret_cast<QueuedEvent&>(event);
+    queued.line = instance.line;
+    queued.column = instance.column;
+}
+
+void showLocationOf(SaxParserInstance& instance, const SaxEvent* event) {
+    if (event == nullptr) return;
+    const auto& queued = reinterpret_cast<const QueuedEvent&>(*event);
+    instance.line = queued.line;
+    instance.column = queued.column;
 }
 
 char* hostCopy(const XMLCh* text) { return codec::toHost(text); }

@@ -57,6 +57,12 @@ void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount);
 
 // Copies the locator's line, column, public and system id into the record.
 void updateLocation(SaxParserInstance& instance);
+// updateLocation, and the line and column noted with the queued `event`
+// (outside the 72 bytes the host reads), so that the record can show them
+// again when the event reaches eventHead behind others of the same step.
+void locateEvent(SaxParserInstance& instance, SaxEvent& event);
+// Puts the line and column noted with `event` back into the record.
+void showLocationOf(SaxParserInstance& instance, const SaxEvent* event);
 
 // UTF-16 from the parser -> library-owned host 8-bit copy (null stays null).
 char* hostCopy(const XMLCh* text);

@@ -351,7 +351,7 @@ int32_t readOn(SaxParserInstance& instance) {
     }
 }
 
-int32_t next(SaxParserInstance& instance) {
+int32_t step(SaxParserInstance& instance) {
     if (SaxEvent* handled = instance.eventHead) {
         const int32_t countBefore = instance.eventCount;
         instance.eventHead = handled->next;
@@ -374,6 +374,14 @@ int32_t next(SaxParserInstance& instance) {
     if (instance.state == kStateEnded || endedAtExpansionLimit(instance)) return 0;
     reportOf(instance).fixed("Unexpected error", 3);
     return 0;
+}
+
+// One step for the host. One Xerces step may queue several events; the
+// record's line and column are those of the event left at eventHead.
+int32_t next(SaxParserInstance& instance) {
+    const int32_t result = step(instance);
+    if (result == 1) showLocationOf(instance, instance.eventHead);
+    return result;
 }
 
 // ---- One-shot validation -------------------------------------------------------

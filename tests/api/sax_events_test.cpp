@@ -57,17 +57,17 @@ TEST_F(SaxEvents, NamespacesDefaultNamespacesPrefixedAttributesCdataAndPIs) {
                   "{\"b\" \"b\" null \"CDATA\" \"2\"}] @3:48",
                   "Characters/2 \"\n \" 2 @4:2",
                   "StartElement/4 \"urn:p\" \"c\" \"p:c\" [0/0 no-array] @4:7",
-                  "Characters/2 \"t\" 1 @4:15",
+                  "Characters/2 \"t\" 1 @4:9",
                   "Characters/2 \"\xC3\xA9x\" 2 @4:15",
                   "Characters/2 \"<cd>\" 4 @4:31",
                   "EndElement/3 \"urn:p\" \"c\" \"p:c\" @4:37",
                   "StartElement/4 \"urn:d\" \"e\" \"e\" [0/0 no-array] @4:51",
                   "EndElement/3 \"urn:d\" \"e\" \"e\" @4:51",
                   "Characters/2 \"\n\" 1 @5:1",
-                  "EndElement/3 \"urn:d\" \"r\" \"r\" @7:1",
-                  "EndPrefixMapping/1 \"p\" @7:1",
-                  "EndPrefixMapping/1 \"\" @7:1",
-                  "ProcessingInstruction/2 \"pi\" \"after\" @7:1",
+                  "EndElement/3 \"urn:d\" \"r\" \"r\" @5:5",
+                  "EndPrefixMapping/1 \"p\" @5:5",
+                  "EndPrefixMapping/1 \"\" @5:5",
+                  "ProcessingInstruction/2 \"pi\" \"after\" @6:13",
                   "EndDocument/0 @7:1",
                   "result 0 code 0 ",
               }));
@@ -80,7 +80,7 @@ TEST_F(SaxEvents, IgnorableWhitespaceNotationAndUnparsedEntityUnderValidation) {
     EXPECT_EQ(parse(document, kValidate),
               (Events{
                   "StartDocument/0 @1:1",
-                  "NotationDecl/3 \"n\" null \"urn:n\" @1:111",
+                  "NotationDecl/3 \"n\" null \"urn:n\" @1:76",
                   "UnparsedEntityDecl/4 \"u\" null \"u.bin\" \"n\" @1:111",
                   "StartElement/4 \"\" \"r\" \"r\" [0/0 no-array] @2:4",
                   "IgnorableWhitespace/2 \"\n  \" 3 @3:3",
@@ -120,6 +120,24 @@ TEST_F(SaxEvents, DuplicateAttributeDeclarationIsAWarning) {
                   "EndDocument/0 @1:96",
                   "result 0 code 0 ",
               }));
+}
+
+// Events queued by one Xerces step show, each at eventHead, the line and
+// column current when it was queued.
+TEST_F(SaxEvents, EventsOfOneStepEachShowTheirOwnLocation) {
+    HostRecord record;
+    record.setMemory("<?xml version='1.0'?>\n<?a?>\n<?b?>\n<!DOCTYPE r [\n<!NOTATION n SYSTEM 'x'>\n]><r/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.eventCount(), 3);  // the whole prolog came in one step
+    Events seen;
+    for (int i = 0; i < 3; ++i) {
+        seen.push_back(lumtest::describeWithLocation(record));
+        ASSERT_EQ(record.next(), 1);
+    }
+    EXPECT_EQ(seen, (Events{"ProcessingInstruction/2 \"a\" \"\" @2:6",
+                            "ProcessingInstruction/2 \"b\" \"\" @3:6",
+                            "NotationDecl/3 \"n\" null \"x\" @5:24"}));
 }
 
 TEST_F(SaxEvents, SeveralErrorsOfOneStepComeInDocumentOrderWithTheirLocation) {
