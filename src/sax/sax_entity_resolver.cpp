@@ -53,8 +53,9 @@ InputSource* tryUrl(const XMLCh* directory, const XMLCh* systemId) {
 
 }  // namespace
 
-LumSAXEntityResolver::LumSAXEntityResolver(SaxParserInstance* instance, const char* searchPath)
-    : instance_(instance), directories_(new XMLCh*[kMaxDirectories]()) {
+LumSAXEntityResolver::LumSAXEntityResolver(SaxParserInstance* instance, const char* searchPath,
+                                           sax::IdMemo* memo)
+    : instance_(instance), memo_(memo), directories_(new XMLCh*[kMaxDirectories]()) {
     if (searchPath == nullptr) return;
     const char* piece = searchPath;
     while (true) {
@@ -104,7 +105,7 @@ InputSource* LumSAXEntityResolver::askHost(const XMLCh* publicId, const XMLCh* s
     if (event == nullptr) return nullptr;
     event->arg1 = sax::hostCopy(publicId);
     event->arg2 = sax::hostCopy(systemId);
-    sax::locateEvent(*instance_, *event);
+    sax::locateEvent(*instance_, *event, memo_);
     sax::finishEvent(*event, sax::kResolveEntity, 4);
 
     int32_t result = 0;

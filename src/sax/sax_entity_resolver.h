@@ -7,6 +7,7 @@
 #include <xercesc/sax/InputSource.hpp>
 
 #include "lumxml.h"
+#include "sax/sax_events.h"
 
 namespace lumxml {
 
@@ -17,7 +18,8 @@ public:
     // `searchPath`: comma-separated directories (null or empty for none).
     // Without an instance (the one-shot validation) only the directories
     // are searched: no event, no host callback.
-    LumSAXEntityResolver(SaxParserInstance* instance, const char* searchPath);
+    LumSAXEntityResolver(SaxParserInstance* instance, const char* searchPath,
+                         sax::IdMemo* memo = nullptr);
     ~LumSAXEntityResolver() override;
     LumSAXEntityResolver(const LumSAXEntityResolver&) = delete;
     LumSAXEntityResolver& operator=(const LumSAXEntityResolver&) = delete;
@@ -36,6 +38,7 @@ private:
     xercesc::InputSource* searchDirectories(const XMLCh* systemId) const;
 
     SaxParserInstance* instance_;
+    sax::IdMemo* memo_;
     XMLCh** directories_;
 };
 

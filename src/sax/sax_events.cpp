@@ -64,19 +64,28 @@ void releaseInPlaceList(SaxEvent& event) {
 
 // Replaces a stored id only when the text differs, so that a host that
 // keeps the pointer of an unchanged id still reads valid text.
-void updateId(char*& stored, const XMLCh* current) {
+void updateId(char*& stored, const XMLCh* current, IdMemo::Entry* memo) {
     if (current == nullptr) {
         codec::release(stored);
         stored = nullptr;
+        if (memo != nullptr) memo->known = false;
         return;
+    }
+    if (memo != nullptr && memo->known && memo->stored == stored && memo->text == current) {
+        return;  // the same text as last time, and the same copy holds it
     }
     char* copy = codec::toHost(current);
     if (stored != nullptr && copy != nullptr && std::strcmp(stored, copy) == 0) {
         codec::release(copy);
-        return;
+    } else {
+        codec::release(stored);
+        stored = copy;
     }
-    codec::release(stored);
-    stored = copy;
+    if (memo != nullptr) {
+        memo->text = current;
+        memo->stored = stored;
+        memo->known = true;
+    }
 }
 
 }  // namespace
@@ -183,17 +192,17 @@ void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount) {
     event.argCount = argCount;
 }
 
-void updateLocation(SaxParserInstance& instance) {
+void updateLocation(SaxParserInstance& instance, IdMemo* memo) {
     const auto* locator = static_cast<const xercesc::Locator*>(instance.locator);
     if (locator == nullptr) return;
     instance.column = static_cast<uint32_t>(locator->getColumnNumber());
     instance.line = static_cast<uint32_t>(locator->getLineNumber());
-    updateId(instance.publicId, locator->getPublicId());
-    updateId(instance.systemId, locator->getSystemId());
+    updateId(instance.publicId, locator->getPublicId(), memo ? &memo->publicId : nullptr);
+    updateId(instance.systemId, locator->getSystemId(), memo ? &memo->systemId : nullptr);
 }
 
-void locateEvent(SaxParserInstance& instance, SaxEvent& event) {
-    updateLocation(instance);
+void locateEvent(SaxParserInstance& instance, SaxEvent& event, IdMemo* memo) {
+    updateLocation(instance, memo);
     auto& queued = reinterpret_cast<QueuedEvent&>(event);
     queued.line = instance.line;
     queued.column = instance.column;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -55,12 +56,26 @@ void freeEvent(SaxEvent* event);
 // Sets kind, name and argument count: the last step of every handler.
 void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount);
 
+// The UTF-16 text each stored id was last checked against, shared by the
+// handlers of one instance: an id that is the same as at the last event
+// (every event of one entity) is then recognised without transcoding it.
+struct IdMemo {
+    struct Entry {
+        std::u16string text;
+        const char* stored = nullptr;  // the record's copy it was checked against
+        bool known = false;
+    };
+    Entry publicId;
+    Entry systemId;
+};
+
 // Copies the locator's line, column, public and system id into the record.
-void updateLocation(SaxParserInstance& instance);
+// A new id replaces the stored copy only when its text differs.
+void updateLocation(SaxParserInstance& instance, IdMemo* memo = nullptr);
 // updateLocation, and the line and column noted with the queued `event`
 // (outside the 72 bytes the host reads), so that the record can show them
 // again when the event reaches eventHead behind others of the same step.
-void locateEvent(SaxParserInstance& instance, SaxEvent& event);
+void locateEvent(SaxParserInstance& instance, SaxEvent& event, IdMemo* memo = nullptr);
 // Puts the line and column noted with `event` back into the record.
 void showLocationOf(SaxParserInstance& instance, const SaxEvent* event);
 

@@ -67,7 +67,7 @@ void LumContentHandler::queueText(const XMLCh* chars, XMLSize_t length, uint32_t
     event->arg1 = hostCopy(chars, length);
     // The length is the parser's count of UTF-16 units, cut to 32 bits.
     event->arg2 = reinterpret_cast<void*>(static_cast<uintptr_t>(static_cast<uint32_t>(length)));
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, static_cast<EventKind>(kind), 2);
 }
 
@@ -75,7 +75,7 @@ void LumContentHandler::endDocument() {
     SaxEvent* event = enqueueEvent(*instance_);
     instance_->state = kEnded;
     if (event == nullptr) return;
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kEndDocument, 0);
 }
 
@@ -119,7 +119,7 @@ void LumContentHandler::startElement(const XMLCh* const uri, const XMLCh* const 
     if (event == nullptr) return;
     fillElementName(*event, uri, localname, qname);
     fillAttributes(*event, attrs);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kStartElement, 4);
 }
 
@@ -128,7 +128,7 @@ void LumContentHandler::endElement(const XMLCh* const uri, const XMLCh* const lo
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
     fillElementName(*event, uri, localname, qname);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kEndElement, 3);
 }
 
@@ -139,7 +139,7 @@ void LumContentHandler::processingInstruction(const XMLCh* const target,
     if (event == nullptr) return;
     event->arg1 = hostCopy(target);
     event->arg2 = hostCopy(data);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kProcessingInstruction, 2);
 }
 
@@ -153,7 +153,7 @@ void LumContentHandler::startDocument() {
     if (!inFirstPass(instance_)) return;
     SaxEvent* event = enqueueEvent(*instance_);
     if (event != nullptr) {
-        locateEvent(*instance_, *event);
+        locateEvent(*instance_, *event, &memo_);
         finishEvent(*event, kStartDocument, 0);
     }
     throw LumSAXException();
@@ -164,7 +164,7 @@ void LumContentHandler::startPrefixMapping(const XMLCh* const prefix, const XMLC
     if (event == nullptr) return;
     event->arg1 = nullIfEmptyMarker(hostCopy(prefix));
     event->arg2 = hostCopy(uri);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kStartPrefixMapping, 2);
 }
 
@@ -172,7 +172,7 @@ void LumContentHandler::endPrefixMapping(const XMLCh* const prefix) {
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
     event->arg1 = hostCopy(prefix);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kEndPrefixMapping, 1);
 }
 
@@ -185,7 +185,7 @@ void LumContentHandler::skippedEntity(const XMLCh* const) {
 void LumContentHandler::queueEmptyEvent() {
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, &memo_);
 }
 
 // ---- LumSAXDTDHandler -----------------------------------------------------
@@ -198,7 +198,7 @@ void LumSAXDTDHandler::notationDecl(const XMLCh* const name, const XMLCh* const 
     event->arg1 = hostCopy(name);
     event->arg2 = hostCopy(publicId);
     event->arg3 = hostCopy(systemId);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, memo_);
     finishEvent(*event, kNotationDecl, 3);
 }
 
@@ -212,7 +212,7 @@ void LumSAXDTDHandler::unparsedEntityDecl(const XMLCh* const name, const XMLCh* 
     event->arg2 = hostCopy(publicId);
     event->arg3 = hostCopy(systemId);
     event->arg4 = hostCopy(notationName);
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, memo_);
     finishEvent(*event, kUnparsedEntityDecl, 4);
 }
 
@@ -222,7 +222,7 @@ void LumSAXErrorHandler::queueError(const SAXParseException& exc, uint32_t kind)
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
     event->arg1 = hostCopy(exc.getMessage());
-    locateEvent(*instance_, *event);
+    locateEvent(*instance_, *event, memo_);
     finishEvent(*event, static_cast<EventKind>(kind), 1);
 }
 

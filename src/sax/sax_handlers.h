@@ -9,6 +9,7 @@
 #include <xercesc/sax2/ContentHandler.hpp>
 
 #include "lumxml.h"
+#include "sax/sax_events.h"
 
 namespace lumxml {
 
@@ -45,6 +46,9 @@ public:
     // Queues an empty kind-0 event (no name, no arguments).
     virtual void queueEmptyEvent();
 
+    // Shared with the instance's other handlers (see sax::IdMemo).
+    sax::IdMemo* idMemo() { return &memo_; }
+
 private:
     bool namespacesOff() const;
     // Slots 1..3 of "StartElement" and "EndElement".
@@ -54,11 +58,13 @@ private:
     void queueText(const XMLCh* chars, XMLSize_t length, uint32_t kind);
 
     SaxParserInstance* instance_;
+    sax::IdMemo memo_;
 };
 
 class LumSAXDTDHandler : public xercesc::DTDHandler {
 public:
-    explicit LumSAXDTDHandler(SaxParserInstance* instance) : instance_(instance) {}
+    explicit LumSAXDTDHandler(SaxParserInstance* instance, sax::IdMemo* memo = nullptr)
+        : instance_(instance), memo_(memo) {}
     ~LumSAXDTDHandler() override = default;
 
     void notationDecl(const XMLCh* const name, const XMLCh* const publicId,
@@ -69,11 +75,13 @@ public:
 
 private:
     SaxParserInstance* instance_;
+    sax::IdMemo* memo_;
 };
 
 class LumSAXErrorHandler : public xercesc::ErrorHandler {
 public:
-    explicit LumSAXErrorHandler(SaxParserInstance* instance) : instance_(instance) {}
+    explicit LumSAXErrorHandler(SaxParserInstance* instance, sax::IdMemo* memo = nullptr)
+        : instance_(instance), memo_(memo) {}
     ~LumSAXErrorHandler() override = default;
 
     void warning(const xercesc::SAXParseException& exc) override;
@@ -89,6 +97,7 @@ private:
     bool isExpansionLimitError(const xercesc::SAXParseException& exc) const;
 
     SaxParserInstance* instance_;
+    sax::IdMemo* memo_;
     bool endedAtLimit_ = false;
 };
 

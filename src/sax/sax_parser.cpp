@@ -146,10 +146,13 @@ void applyOptions(SAX2XMLReaderImpl& reader, const SaxParserInstance& instance) 
 }
 
 void installNewHandlers(SAX2XMLReaderImpl& reader, SaxParserInstance& instance) {
-    reader.setContentHandler(new LumContentHandler(&instance));
-    reader.setErrorHandler(new LumSAXErrorHandler(&instance));
-    reader.setDTDHandler(new LumSAXDTDHandler(&instance));
-    reader.setEntityResolver(new LumSAXEntityResolver(&instance, instance.searchPath));
+    auto* content = new LumContentHandler(&instance);
+    reader.setContentHandler(content);
+    // The four share one note of the ids last copied into the record.
+    sax::IdMemo* memo = content->idMemo();
+    reader.setErrorHandler(new LumSAXErrorHandler(&instance, memo));
+    reader.setDTDHandler(new LumSAXDTDHandler(&instance, memo));
+    reader.setEntityResolver(new LumSAXEntityResolver(&instance, instance.searchPath, memo));
 }
 
 void moveHandlers(SAX2XMLReaderImpl& from, SAX2XMLReaderImpl& to) {
