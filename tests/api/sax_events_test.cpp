@@ -276,6 +276,26 @@ TEST_F(SaxEvents, ElementWithoutAttributesHasNoEntriesArray) {
     EXPECT_EQ(lumtest::readAt<void*>(event, lumtest::evt::kArg5), nullptr);
 }
 
+TEST_F(SaxEvents, HostCanGrowTheAttributeListOfAStartElementInPlace) {
+    HostRecord record;
+    record.setMemory("<r a='1' b='2'/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    auto* event = reinterpret_cast<SaxEvent*>(const_cast<unsigned char*>(record.head()));
+    SaxAttrList* inPlace = LUM_SAX_EVENT_ATTRIBUTES(event);
+    ASSERT_EQ(inPlace->capacity, 3);
+    lumSAXInsertAttribute(&inPlace, "c", "3", nullptr, "CDATA");
+    EXPECT_EQ(inPlace->capacity, 3);
+    lumSAXInsertAttribute(&inPlace, "d", "4", nullptr, "CDATA");
+    EXPECT_EQ(inPlace->capacity, 4);  // 3 * 3 / 2
+    EXPECT_EQ(lumtest::describeEvent(record.head()),
+              "StartElement/4 \"\" \"r\" \"r\" [4/4 {\"a\" \"a\" null \"CDATA\" \"1\"} "
+              "{\"b\" \"b\" null \"CDATA\" \"2\"} {\"c\" \"c\" null \"CDATA\" \"3\"} "
+              "{\"d\" \"d\" null \"CDATA\" \"4\"}]");
+    // The library releases the grown list with the event.
+    EXPECT_EQ(record.next(), 1);
+}
+
 TEST_F(SaxEvents, OneAttributeGivesCapacityOne) {
     Events events = parseWithoutLocation("<r a='1'/>");
     EXPECT_EQ(events[1], "StartElement/4 \"\" \"r\" \"r\" [1/1 {\"a\" \"a\" null \"CDATA\" \"1\"}]");
