@@ -41,6 +41,9 @@ struct PendingItem {
     // the same namespace (strict duplicate bookkeeping).
     PendingItem* link = nullptr;
     PendingItem* next = nullptr;
+    // The element only: the host gave a URI alone, and `prefix` is the one
+    // of the binding found for it when the element started.
+    bool prefixFromBinding = false;
 };
 
 // An open element (strict mode only).
