@@ -128,6 +128,10 @@ struct SAXWriter {
     WriterOptions* openOptions = nullptr;  // the record the message address was published to
     const char* publishedMessage = nullptr;
     std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
+    // UTF-8 output is encoded and escaped by the writer itself, into these
+    // bytes, with exactly the formatter's result (writer/utf8_escaper.h).
+    bool utf8Direct = false;
+    std::string directBytes;
 
     ~SAXWriter();
 };

@@ -1,0 +1,77 @@
+#include "writer/utf8_escaper.h"
+
+#include <mutex>
+
+#include "frame/platform.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+// Collects what a formatter writes.
+class Capture : public XMLFormatTarget {
+public:
+    void writeChars(const XMLByte* toWrite, XMLSize_t count, XMLFormatter*) override {
+        bytes.append(reinterpret_cast<const char*>(toWrite), count);
+    }
+    std::string bytes;
+};
+
+bool isSurrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
+
+}  // namespace
+
+Utf8Escaper::Utf8Escaper() {
+    Capture capture;
+    XMLCh utf8[] = {'U', 'T', 'F', '-', '8', 0};
+    XMLFormatter formatter(utf8, &capture, XMLFormatter::NoEscapes, XMLFormatter::UnRep_CharRef);
+    for (int flags = 0; flags < kFlags; ++flags) {
+        for (XMLCh c = 1; c < 128; ++c) {
+            capture.bytes.clear();
+            formatter.formatBuf(&c, 1, static_cast<XMLFormatter::EscapeFlags>(flags));
+            ascii_[flags][c] = capture.bytes;
+        }
+    }
+}
+
+const Utf8Escaper& Utf8Escaper::instance() {
+    static std::once_flag once;
+    static const Utf8Escaper* escaper = nullptr;
+    std::call_once(once, [] { escaper = new Utf8Escaper; });  // kept for the process
+    return *escaper;
+}
+
+bool Utf8Escaper::isUtf8(const char* encoding) {
+    if (encoding == nullptr) return false;
+    return platform::compareIgnoringCase(encoding, "UTF-8") == 0 ||
+           platform::compareIgnoringCase(encoding, "UTF8") == 0;
+}
+
+bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
+                         std::string& out) const {
+    for (XMLSize_t i = 0; i < length; ++i)
+        if (isSurrogate(text[i]) || text[i] == 0) return false;
+    const std::string* table = ascii_[flags];
+    for (XMLSize_t i = 0; i < length; ++i) {
+        const XMLCh c = text[i];
+        if (c < 0x80) {
+            const std::string& bytes = table[c];
+            if (bytes.size() == 1)
+                out += bytes[0];
+            else
+                out += bytes;
+        } else if (c < 0x800) {
+            out += static_cast<char>(0xC0 | (c >> 6));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        } else {
+            out += static_cast<char>(0xE0 | (c >> 12));
+            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return true;
+}
+
+}  // namespace lumxml
