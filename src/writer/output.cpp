@@ -116,9 +116,9 @@ namespace {
 // without the formatter (same bytes, much faster); a text the direct way
 // does not take (one with a surrogate) still goes to the formatter.
 void format(SAXWriter& w, const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags) {
-    if (w.utf8Direct) {
+    if (w.utf8Direct != nullptr) {
         w.directBytes.clear();
-        if (Utf8Escaper::instance().append(text, length, flags, w.directBytes)) {
+        if (w.utf8Direct->append(text, length, flags, w.directBytes)) {
             if (!w.directBytes.empty())
                 w.target->writeChars(reinterpret_cast<const XMLByte*>(w.directBytes.data()),
                                      w.directBytes.size(), w.formatter);
@@ -129,8 +129,7 @@ void format(SAXWriter& w, const XMLCh* text, XMLSize_t length, XMLFormatter::Esc
 }
 
 void chooseDirectUtf8(SAXWriter& w, const char* encoding) {
-    w.utf8Direct = Utf8Escaper::isUtf8(encoding);
-    if (w.utf8Direct) Utf8Escaper::instance();  // learnt before the first write
+    w.utf8Direct = Utf8Escaper::isUtf8(encoding) ? &Utf8Escaper::instance() : nullptr;
 }
 
 }  // namespace
@@ -202,7 +201,7 @@ void setMessage(SAXWriter& w, const std::string& text) { setMessage(w, text.c_st
 void deleteOutput(SAXWriter& w) {
     delete w.formatter;
     w.formatter = nullptr;
-    w.utf8Direct = false;
+    w.utf8Direct = nullptr;
     delete w.target;
     w.target = nullptr;
     w.memory = nullptr;

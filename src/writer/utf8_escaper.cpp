@@ -1,6 +1,8 @@
 #include "writer/utf8_escaper.h"
 
+#include <cstring>
 #include <mutex>
+#include <stdexcept>
 
 #include "frame/platform.h"
 
@@ -31,7 +33,12 @@ Utf8Escaper::Utf8Escaper() {
         for (XMLCh c = 1; c < 128; ++c) {
             capture.bytes.clear();
             formatter.formatBuf(&c, 1, static_cast<XMLFormatter::EscapeFlags>(flags));
-            ascii_[flags][c] = capture.bytes;
+            // An escape is a short reference ("&quot;", "&#xD;").
+            if (capture.bytes.size() > sizeof ascii_[flags][c].text) throw std::length_error("escape");
+            Bytes& entry = ascii_[flags][c];
+            std::memcpy(entry.text, capture.bytes.data(), capture.bytes.size());
+            entry.length = static_cast<unsigned char>(capture.bytes.size());
+            if (capture.bytes.size() > longest_) longest_ = capture.bytes.size();
         }
     }
 }
@@ -53,24 +60,30 @@ bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::Esca
                          std::string& out) const {
     for (XMLSize_t i = 0; i < length; ++i)
         if (isSurrogate(text[i]) || text[i] == 0) return false;
-    const std::string* table = ascii_[flags];
+    const Bytes* table = ascii_[flags];
+    const size_t start = out.size();
+    out.resize(start + length * longest_);
+    char* p = &out[start];
     for (XMLSize_t i = 0; i < length; ++i) {
         const XMLCh c = text[i];
         if (c < 0x80) {
-            const std::string& bytes = table[c];
-            if (bytes.size() == 1)
-                out += bytes[0];
-            else
-                out += bytes;
+            const Bytes& bytes = table[c];
+            if (bytes.length == 1) {
+                *p++ = bytes.text[0];
+            } else {
+                std::memcpy(p, bytes.text, bytes.length);
+                p += bytes.length;
+            }
         } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
+            *p++ = static_cast<char>(0xC0 | (c >> 6));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
         } else {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
+            *p++ = static_cast<char>(0xE0 | (c >> 12));
+            *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
         }
     }
+    out.resize(static_cast<size_t>(p - out.data()));
     return true;
 }
 

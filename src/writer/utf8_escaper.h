@@ -34,7 +34,12 @@ private:
     Utf8Escaper();
     static constexpr int kFlags = XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags_Count;
     // Per escape flag, per ASCII character: its bytes.
-    std::string ascii_[kFlags][128];
+    struct Bytes {
+        char text[15];
+        unsigned char length;
+    };
+    Bytes ascii_[kFlags][128];
+    size_t longest_ = 3;  // the most bytes one UTF-16 unit can become
 };
 
 }  // namespace lumxml

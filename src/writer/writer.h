@@ -21,6 +21,7 @@
 namespace lumxml {
 
 class XMLMemOut;
+class Utf8Escaper;
 
 // A namespace binding in scope: made at the writer's depth of the element
 // that needed or declared it, dropped when that element ends.
@@ -130,7 +131,7 @@ struct SAXWriter {
     std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
     // UTF-8 output is encoded and escaped by the writer itself, into these
     // bytes, with exactly the formatter's result (writer/utf8_escaper.h).
-    bool utf8Direct = false;
+    const lumxml::Utf8Escaper* utf8Direct = nullptr;
     std::string directBytes;
 
     ~SAXWriter();
