@@ -21,8 +21,6 @@ public:
     std::string bytes;
 };
 
-bool isSurrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
-
 }  // namespace
 
 Utf8Escaper::Utf8Escaper() {
@@ -58,12 +56,19 @@ bool Utf8Escaper::isUtf8(const char* encoding) {
 
 bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
                          std::string& out) const {
-    for (XMLSize_t i = 0; i < length; ++i)
-        if (isSurrogate(text[i]) || text[i] == 0) return false;
-    const Bytes* table = ascii_[flags];
     const size_t start = out.size();
-    out.resize(start + length * longest_);
-    char* p = &out[start];
+    // Room for the longest case, without filling it: resize would.
+    if (out.capacity() < start + length * longest_) out.reserve(2 * (start + length * longest_));
+    out.resize(out.capacity());
+    char* const begin = &out[start];
+    char* end = encode(text, length, flags, begin);
+    out.resize(end != nullptr ? start + static_cast<size_t>(end - begin) : start);
+    return end != nullptr;
+}
+
+char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
+                          char* p) const {
+    const Bytes* table = ascii_[flags];
     for (XMLSize_t i = 0; i < length; ++i) {
         const XMLCh c = text[i];
         if (c < 0x80) {
@@ -71,20 +76,22 @@ bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::Esca
             if (bytes.length == 1) {
                 *p++ = bytes.text[0];
             } else {
+                if (c == 0) return nullptr;
                 std::memcpy(p, bytes.text, bytes.length);
                 p += bytes.length;
             }
         } else if (c < 0x800) {
             *p++ = static_cast<char>(0xC0 | (c >> 6));
             *p++ = static_cast<char>(0x80 | (c & 0x3F));
+        } else if (c >= 0xD800 && c <= 0xDFFF) {
+            return nullptr;
         } else {
             *p++ = static_cast<char>(0xE0 | (c >> 12));
             *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
             *p++ = static_cast<char>(0x80 | (c & 0x3F));
         }
     }
-    out.resize(static_cast<size_t>(p - out.data()));
-    return true;
+    return p;
 }
 
 }  // namespace lumxml

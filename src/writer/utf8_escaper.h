@@ -32,13 +32,17 @@ public:
 
 private:
     Utf8Escaper();
+    // Writes at `out` (room for length times longest_ bytes); the end, or
+    // null for a surrogate or a zero unit.
+    char* encode(const XMLCh* text, XMLSize_t length,
+                 XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags, char* out) const;
     static constexpr int kFlags = XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags_Count;
     // Per escape flag, per ASCII character: its bytes.
     struct Bytes {
         char text[15];
         unsigned char length;
     };
-    Bytes ascii_[kFlags][128];
+    Bytes ascii_[kFlags][128] = {};  // the zero unit stays empty: never taken
     size_t longest_ = 3;  // the most bytes one UTF-16 unit can become
 };
 
