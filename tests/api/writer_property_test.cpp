@@ -169,13 +169,9 @@ private:
                 a.prefix = kAttrPrefixes[pick(2)];
                 a.uri = attrUris_[a.prefix];
             }
-            // Values are written with attribute escapes: markup characters
-            // and quotes, but no line breaks or tabs (the parser would
-            // normalise them to blanks).
-            for (size_t k = pick(5); k > 0; --k) {
-                const char* piece = kTextPieces[pick(std::size(kTextPieces))];
-                if (piece[0] != '\n' && piece[0] != '\t') a.value += piece;
-            }
+            // Values are written with attribute escapes, line breaks and
+            // tabs as character references, so the parser keeps them.
+            for (size_t k = pick(5); k > 0; --k) a.value += kTextPieces[pick(std::size(kTextPieces))];
             if (!taken.insert({a.uri, a.local}).second) continue;
             e.attrs.push_back(a);
         }
