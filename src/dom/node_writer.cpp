@@ -1,0 +1,221 @@
+#include "dom/node_writer.h"
+
+#include <xercesc/dom/DOMCharacterData.hpp>
+#include <xercesc/dom/DOMDocumentType.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMEntity.hpp>
+#include <xercesc/dom/DOMNamedNodeMap.hpp>
+#include <xercesc/dom/DOMProcessingInstruction.hpp>
+
+#include "dom/formatter_text.h"
+#include "dom/namespace_fixup.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
+
+const XMLCh kQuote[] = u"\"";
+
+}  // namespace
+
+void NodeWriter::write(DOMNode* start) {
+    if (start == nullptr) return;
+    DOMNode* node = start;
+    for (;;) {
+        if (DOMNode* child = open(node)) {
+            node = child;
+            continue;
+        }
+        // `node` is complete: move on to its next sibling, closing every
+        // ancestor whose last child it was, and stop back at the start.
+        for (;;) {
+            if (node == start) return;
+            if (DOMNode* sibling = node->getNextSibling()) {
+                node = sibling;
+                break;
+            }
+            node = node->getParentNode();
+            close(node);
+        }
+    }
+}
+
+DOMNode* NodeWriter::open(DOMNode* node) {
+    switch (node->getNodeType()) {
+        case DOMNode::ELEMENT_NODE:
+            return openElement(static_cast<DOMElement*>(node));
+        case DOMNode::TEXT_NODE:
+            writeText(node);
+            return nullptr;
+        case DOMNode::CDATA_SECTION_NODE:
+            writeCData(node);
+            return nullptr;
+        case DOMNode::ENTITY_REFERENCE_NODE:
+            // No reference text: the expansion, child by child.
+            return node->getFirstChild();
+        case DOMNode::ENTITY_NODE:
+            writeEntity(node);
+            return nullptr;
+        case DOMNode::PROCESSING_INSTRUCTION_NODE:
+            writeProcessingInstruction(node);
+            return nullptr;
+        case DOMNode::COMMENT_NODE:
+            writeComment(node);
+            return nullptr;
+        case DOMNode::DOCUMENT_NODE:
+            writeDeclaration();
+            return node->getFirstChild();
+        case DOMNode::DOCUMENT_TYPE_NODE:
+            writeDocumentType(node);
+            return nullptr;
+        default:
+            // Attributes are written by their element; fragments and
+            // notations are not written at all.
+            return nullptr;
+    }
+}
+
+void NodeWriter::close(DOMNode* node) {
+    if (node->getNodeType() != DOMNode::ELEMENT_NODE) return;
+    markup(u"</");
+    markup(node->getNodeName());
+    markup(u">");
+}
+
+DOMNode* NodeWriter::openElement(DOMElement* element) {
+    markup(u"<");
+    markup(element->getNodeName());
+    writeAttributes(element);
+    DOMNode* child = element->getFirstChild();
+    markup(child != nullptr ? u">" : u"/>");
+    return child;
+}
+
+void NodeWriter::writeAttributes(DOMElement* element) {
+    DOMNamedNodeMap* attributes = element->getAttributes();
+    const XMLSize_t original = attributes->getLength();
+    fixNamespace(element, element, additions_);
+    // The map is live and kept sorted by name, so a declaration added here
+    // can shift the attributes still to be checked; the first `original`
+    // positions are checked as they stand at the time.
+    for (XMLSize_t i = 0; i < original; ++i) {
+        DOMNode* attr = attributes->item(i);
+        if (attr != nullptr && attr->getPrefix() != nullptr)
+            fixNamespace(attr, element, additions_);
+    }
+    const XMLFormatter::EscapeFlags valueEscapes =
+        options_.attrEscapes ? XMLFormatter::AttrEscapes : XMLFormatter::StdEscapes;
+    const XMLSize_t count = attributes->getLength();
+    for (XMLSize_t i = 0; i < count; ++i) {
+        DOMNode* attr = attributes->item(i);
+        markup(u" ");
+        markup(attr->getNodeName());
+        markup(u"=\"");
+        writeFormatted(formatter_, attr->getNodeValue(), valueEscapes);
+        markup(kQuote);
+    }
+}
+
+void NodeWriter::writeText(DOMNode* text) {
+    const DOMCharacterData* data = static_cast<DOMCharacterData*>(text);
+    writeFormatted(formatter_, data->getData(), data->getLength(),
+                   options_.textCharEscapes ? XMLFormatter::CharEscapes
+                                            : XMLFormatter::StdEscapes);
+}
+
+void NodeWriter::writeCData(DOMNode* section) {
+    markup(u"<![CDATA[");
+    markup(section->getNodeValue());
+    markup(u"]]>");
+}
+
+// The entity declaration keeps lumxml's own forms: no blank between the
+// name and PUBLIC, between the two literals or before NDATA, and a quoted
+// notation name.
+void NodeWriter::writeEntity(DOMNode* node) {
+    const DOMEntity* entity = static_cast<DOMEntity*>(node);
+    markup(u"<!ENTITY ");
+    markup(entity->getNodeName());
+    if (nonEmpty(entity->getPublicId())) {
+        markup(u"PUBLIC ");
+        quoted(entity->getPublicId());
+    }
+    if (nonEmpty(entity->getSystemId())) {
+        markup(u"SYSTEM ");
+        quoted(entity->getSystemId());
+    }
+    if (nonEmpty(entity->getNotationName())) {
+        markup(u"NDATA ");
+        quoted(entity->getNotationName());
+    }
+    markup(u">\r\n");
+}
+
+void NodeWriter::writeProcessingInstruction(DOMNode* node) {
+    const DOMProcessingInstruction* instruction = static_cast<DOMProcessingInstruction*>(node);
+    markup(u"<?");
+    markup(instruction->getTarget());
+    if (nonEmpty(instruction->getData())) {
+        markup(u" ");
+        markup(instruction->getData());
+    }
+    markup(u"?>");
+}
+
+void NodeWriter::writeComment(DOMNode* comment) {
+    markup(u"<!--");
+    markup(comment->getNodeValue());
+    markup(u"-->");
+}
+
+// A blank before "?>" and never a standalone pseudo-attribute. Without a
+// requested encoding the declaration names none, although UTF-8 is written.
+void NodeWriter::writeDeclaration() {
+    markup(u"<?xml version=\"1.0");
+    if (options_.encoding != nullptr) {
+        markup(u"\" encoding=\"");
+        markup(options_.encoding);
+    }
+    markup(u"\" ?>\n");
+}
+
+// The system literal after a public one is written whenever it is present,
+// even when empty; on its own only when non-empty.
+void NodeWriter::writeDocumentType(DOMNode* node) {
+    const DOMDocumentType* type = static_cast<DOMDocumentType*>(node);
+    markup(u"<!DOCTYPE ");
+    markup(type->getNodeName());
+    if (nonEmpty(type->getPublicId())) {
+        markup(u" PUBLIC ");
+        quoted(type->getPublicId());
+        if (type->getSystemId() != nullptr) {
+            markup(u" ");
+            quoted(type->getSystemId());
+        }
+    } else if (nonEmpty(type->getSystemId())) {
+        markup(u" SYSTEM ");
+        quoted(type->getSystemId());
+    }
+    if (nonEmpty(type->getInternalSubset())) {
+        markup(u"[");
+        markup(type->getInternalSubset());
+        markup(u"]");
+    }
+    markup(u">");
+}
+
+void NodeWriter::markup(const XMLCh* text) {
+    writeFormatted(formatter_, text, XMLFormatter::NoEscapes);
+}
+
+void NodeWriter::quoted(const XMLCh* text) {
+    markup(kQuote);
+    markup(text);
+    markup(kQuote);
+}
+
+}  // namespace lumxml
