@@ -4,6 +4,8 @@
 // whatever escapes them.
 #include "lumxml.h"
 
+#include "dom/documents.h"
+#include "dom/input_source.h"
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
@@ -31,6 +33,37 @@ extern "C" LUM_API void lumMemioInit(MemioReservedFn reserved, MemioAllocFn allo
 }
 
 // ---- Documents -------------------------------------------------------------
+
+extern "C" LUM_API void lumInitDocument(void** documentOut, int64_t hostHandle, char* errorBuffer,
+                                        int32_t* errorCode) {
+    ErrorReport report(errorBuffer, errorCode);
+    guardExport(report, [&] { initDocument(documentOut, hostHandle, report); });
+}
+
+extern "C" LUM_API void lumDocLoad(void** document, uint32_t flags, uint32_t sourceKind,
+                                   char* encodingOut, const char* fileName, const void* memory,
+                                   uint32_t memoryLength, const char* systemId,
+                                   const int32_t* entityExpansionLimit, int64_t /*spare*/,
+                                   const char* const* locations, char* errorBuffer,
+                                   int32_t* errorCode) {
+    ErrorReport report(errorBuffer, errorCode);
+    LoadRequest request{document, flags,    sourceKind,           encodingOut, fileName,
+                        memory,   memoryLength, systemId, entityExpansionLimit, locations};
+    guardExport(report, [&] { loadDocument(request, report); });
+}
+
+// No initialisation check and no error buffer: null answers every failure.
+extern "C" LUM_API void* lumCreateInputSource(const char* fileName, const void* memory,
+                                              int32_t memoryLength) {
+    return guardValue<void*>(nullptr, [&]() -> void* {
+        return createInputSource(fileName, memory, memoryLength);
+    });
+}
+
+extern "C" LUM_API void lumDocDelete(void* document, char* errorBuffer, int32_t* errorCode) {
+    guardExport(ErrorReport(errorBuffer, errorCode), [&] { deleteDocument(document); },
+                "Unexpected exception deleting X-DOCUMENT");
+}
 
 // ---- Document methods ------------------------------------------------------
 

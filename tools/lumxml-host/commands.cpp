@@ -10,6 +10,7 @@ const std::vector<Command>& commands() {
          runInfo},
         {"write", "write [--formatted] [--strict] [--fragment] [--encoding E] [--out PATH|-]",
          "Write a sample order document through the SAX writer commands.", runWrite},
+        {"load", "load FILE [--codepage NAME] [--validate] [--no-namespaces] [--limit N] [--search DIRS] [--schema LOC] [--noNamespaceSchema LOC]", "Load a document as a host does; print its encoding and the message and code received.", runLoad},
     };
     return table;
 }
