@@ -24,6 +24,8 @@ const XMLCh kQuote[] = u"\"";
 
 void NodeWriter::write(DOMNode* start) {
     if (start == nullptr) return;
+    NamespaceFixup fixup(start, additions_);
+    fixup_ = &fixup;
     DOMNode* node = start;
     for (;;) {
         if (DOMNode* child = open(node)) {
@@ -33,7 +35,7 @@ void NodeWriter::write(DOMNode* start) {
         // `node` is complete: move on to its next sibling, closing every
         // ancestor whose last child it was, and stop back at the start.
         for (;;) {
-            if (node == start) return;
+            if (node == start) break;
             if (DOMNode* sibling = node->getNextSibling()) {
                 node = sibling;
                 break;
@@ -41,7 +43,9 @@ void NodeWriter::write(DOMNode* start) {
             node = node->getParentNode();
             close(node);
         }
+        if (node == start) break;
     }
+    fixup_ = nullptr;
 }
 
 DOMNode* NodeWriter::open(DOMNode* node) {
@@ -81,6 +85,7 @@ DOMNode* NodeWriter::open(DOMNode* node) {
 
 void NodeWriter::close(DOMNode* node) {
     if (node->getNodeType() != DOMNode::ELEMENT_NODE) return;
+    fixup_->leave();
     markup(u"</");
     markup(node->getNodeName());
     markup(u">");
@@ -92,20 +97,21 @@ DOMNode* NodeWriter::openElement(DOMElement* element) {
     writeAttributes(element);
     DOMNode* child = element->getFirstChild();
     markup(child != nullptr ? u">" : u"/>");
+    if (child != nullptr) fixup_->enter(element);
     return child;
 }
 
 void NodeWriter::writeAttributes(DOMElement* element) {
     DOMNamedNodeMap* attributes = element->getAttributes();
     const XMLSize_t original = attributes->getLength();
-    fixNamespace(element, element, additions_);
+    fixup_->fix(element, element);
     // The map is live and kept sorted by name, so a declaration added here
     // can shift the attributes still to be checked; the first `original`
     // positions are checked as they stand at the time.
     for (XMLSize_t i = 0; i < original; ++i) {
         DOMNode* attr = attributes->item(i);
         if (attr != nullptr && attr->getPrefix() != nullptr)
-            fixNamespace(attr, element, additions_);
+            fixup_->fix(attr, element);
     }
     const XMLFormatter::EscapeFlags valueEscapes =
         options_.attrEscapes ? XMLFormatter::AttrEscapes : XMLFormatter::StdEscapes;

@@ -15,6 +15,7 @@
 #include <xercesc/framework/XMLFormatter.hpp>
 
 #include "dom/dom_node_list.h"
+#include "dom/namespace_fixup.h"
 
 namespace lumxml {
 
@@ -62,6 +63,7 @@ private:
     XERCES_CPP_NAMESPACE::XMLFormatter& formatter_;
     NodeWriterOptions options_;
     DomNodeList& additions_;
+    NamespaceFixup* fixup_ = nullptr;  // the current write's
 };
 
 }  // namespace lumxml
