@@ -40,5 +40,6 @@ bool initialise(HostLibrary& library, const std::string& codePage);
 int runInfo(HostLibrary& library, const Arguments& arguments);
 int runWrite(HostLibrary& library, const Arguments& arguments);
 int runLoad(HostLibrary& library, const Arguments& arguments);
+int runSave(HostLibrary& library, const Arguments& arguments);
 
 }  // namespace host
