@@ -9,6 +9,8 @@
 // writes each lone high surrogate itself as a character reference.
 #pragma once
 
+#include <string>
+
 #include <xercesc/framework/XMLFormatter.hpp>
 
 namespace lumxml {
@@ -21,5 +23,10 @@ void writeFormatted(XERCES_CPP_NAMESPACE::XMLFormatter& formatter, const XMLCh* 
 // A NUL-terminated text (null writes nothing) with `escapes`.
 void writeFormatted(XERCES_CPP_NAMESPACE::XMLFormatter& formatter, const XMLCh* text,
                     XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags escapes);
+
+// Appends `count` units of `text` to `out` for a later NoEscapes write,
+// with every lone high surrogate replaced by its reference text, so that
+// pieces joined in one buffer are written as they would be one by one.
+void appendMarkup(std::u16string& out, const XMLCh* text, XMLSize_t count);
 
 }  // namespace lumxml

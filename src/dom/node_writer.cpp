@@ -7,6 +7,8 @@
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/dom/DOMProcessingInstruction.hpp>
 
+#include <xercesc/util/XMLString.hpp>
+
 #include "dom/formatter_text.h"
 #include "dom/namespace_fixup.h"
 
@@ -19,6 +21,8 @@ namespace {
 bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
 
 const XMLCh kQuote[] = u"\"";
+// Markup gathered beyond this many units is handed on at once.
+constexpr size_t kPendingLimit = 8192;
 
 }  // namespace
 
@@ -26,6 +30,20 @@ void NodeWriter::write(DOMNode* start) {
     if (start == nullptr) return;
     NamespaceFixup fixup(start, additions_);
     fixup_ = &fixup;
+    try {
+        walk(start);
+    } catch (...) {
+        // What came before the failure is written, as it would have been
+        // piece by piece.
+        fixup_ = nullptr;
+        flush();
+        throw;
+    }
+    fixup_ = nullptr;
+    flush();
+}
+
+void NodeWriter::walk(DOMNode* start) {
     DOMNode* node = start;
     for (;;) {
         if (DOMNode* child = open(node)) {
@@ -45,7 +63,6 @@ void NodeWriter::write(DOMNode* start) {
         }
         if (node == start) break;
     }
-    fixup_ = nullptr;
 }
 
 DOMNode* NodeWriter::open(DOMNode* node) {
@@ -121,14 +138,15 @@ void NodeWriter::writeAttributes(DOMElement* element) {
         markup(u" ");
         markup(attr->getNodeName());
         markup(u"=\"");
-        writeFormatted(formatter_, attr->getNodeValue(), valueEscapes);
+        const XMLCh* value = attr->getNodeValue();
+        escaped(value, value == nullptr ? 0 : XMLString::stringLen(value), valueEscapes);
         markup(kQuote);
     }
 }
 
 void NodeWriter::writeText(DOMNode* text) {
     const DOMCharacterData* data = static_cast<DOMCharacterData*>(text);
-    writeFormatted(formatter_, data->getData(), data->getLength(),
+    escaped(data->getData(), data->getLength(),
                    options_.textCharEscapes ? XMLFormatter::CharEscapes
                                             : XMLFormatter::StdEscapes);
 }
@@ -215,7 +233,24 @@ void NodeWriter::writeDocumentType(DOMNode* node) {
 }
 
 void NodeWriter::markup(const XMLCh* text) {
-    writeFormatted(formatter_, text, XMLFormatter::NoEscapes);
+    if (text == nullptr) return;
+    appendMarkup(pending_, text, XMLString::stringLen(text));
+    if (pending_.size() >= kPendingLimit) flush();
+}
+
+void NodeWriter::escaped(const XMLCh* text, XMLSize_t count, XMLFormatter::EscapeFlags escapes) {
+    flush();
+    writeFormatted(formatter_, text, count, escapes);
+}
+
+void NodeWriter::flush() {
+    if (pending_.empty()) return;
+    // Cleared also when the target fails, so that nothing is written twice.
+    struct Clear {
+        std::u16string& text;
+        ~Clear() { text.clear(); }
+    } clear{pending_};
+    formatter_.formatBuf(pending_.data(), pending_.size(), XMLFormatter::NoEscapes);
 }
 
 void NodeWriter::quoted(const XMLCh* text) {

@@ -11,6 +11,8 @@
 // written like any other.
 #pragma once
 
+#include <string>
+
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/framework/XMLFormatter.hpp>
 
@@ -40,6 +42,7 @@ public:
 private:
     using DOMNode = XERCES_CPP_NAMESPACE::DOMNode;
 
+    void walk(DOMNode* start);
     // Writes what comes before a node's children and answers the first
     // child to descend into, or null when the node is complete.
     DOMNode* open(DOMNode* node);
@@ -56,14 +59,20 @@ private:
     void writeDeclaration();
     void writeDocumentType(DOMNode* type);
 
-    // Markup and unescaped text.
+    // Markup and unescaped text, gathered and handed to the formatter in
+    // one piece before escaped text and at the end: far fewer trips
+    // through the formatter and the target, the same bytes.
     void markup(const XMLCh* text);
     void quoted(const XMLCh* text);
+    void escaped(const XMLCh* text, XMLSize_t count,
+                 XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags escapes);
+    void flush();
 
     XERCES_CPP_NAMESPACE::XMLFormatter& formatter_;
     NodeWriterOptions options_;
     DomNodeList& additions_;
     NamespaceFixup* fixup_ = nullptr;  // the current write's
+    std::u16string pending_;            // markup not yet formatted
 };
 
 }  // namespace lumxml

@@ -382,6 +382,18 @@ TEST_F(NodeWriterTest, OwnDeclarationWithAnotherNamespaceIsANamespaceError) {
     EXPECT_EQ(r->getAttributes()->getLength(), 2u);
 }
 
+TEST_F(NodeWriterTest, OutputBeforeANamespaceErrorStaysInTheTarget) {
+    DOMElement* r = document->createElementNS(kU, u"p:r");
+    document->appendChild(r);
+    r->setAttributeNS(kXmlns, u"xmlns:p", kV);
+    StringTarget target;
+    XMLFormatter formatter(u"UTF-8", &target, XMLFormatter::NoEscapes,
+                           XMLFormatter::UnRep_CharRef);
+    DomNodeList additions;
+    EXPECT_THROW(NodeWriter(formatter, {}, additions).write(document), DOMException);
+    EXPECT_EQ(target.text, "<?xml version=\"1.0\" ?>\n<p:r");
+}
+
 TEST_F(NodeWriterTest, DeclarationsAddedBeforeAFailureAreRemovedAgain) {
     DOMElement* r = document->createElementNS(kU, u"p:r");
     document->appendChild(r);
