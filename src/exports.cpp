@@ -4,13 +4,17 @@
 // whatever escapes them.
 #include "lumxml.h"
 
+#include <optional>
+
 #include "dom/document_methods.h"
+#include "dom/document_save.h"
 #include "dom/documents.h"
 #include "dom/input_source.h"
 #include "dom/node_methods.h"
 #include "dom/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
+#include "out/file_out.h"
 #include "out/memio.h"
 #include "sax/attr_list.h"
 #include "sax/sax_events.h"
@@ -82,6 +86,52 @@ extern "C" LUM_API void lumDocExecute(void* document, int32_t method, void** arg
 }
 
 // ---- Document saving -------------------------------------------------------
+
+namespace {
+
+// Both save exports open the file first, before any check, so that for
+// kind 0 the file is created or truncated even when the save is then
+// refused. The target lives on the stack: it is made before the library
+// is known to be initialised, when Xerces' allocator may not exist yet.
+template <class FileName>
+void saveWithFile(void** document, int32_t target, uint8_t charEscapes, uint8_t attributeEscapes,
+                  uint8_t noByteOrderMark, const char* encoding, FileName fileName,
+                  void** memoryOut, uint32_t* memoryLength, int64_t streamHandle,
+                  StreamWriteFn streamWrite, char* errorBuffer, int32_t* errorCode) {
+    ErrorReport report(errorBuffer, errorCode);
+    guardExport(report, [&] {
+        std::optional<XMLFileOut> file;
+        if (target == kSaveToFile && fileName != nullptr) file.emplace(fileName, encoding);
+        SaveRequest request{document,     target,      charEscapes,  attributeEscapes,
+                            noByteOrderMark, encoding, file ? &*file : nullptr, memoryOut,
+                            memoryLength, streamHandle, streamWrite};
+        saveDocument(request, report);
+    });
+}
+
+}  // namespace
+
+extern "C" LUM_API void lumDocSave(void** document, int32_t target, uint8_t charEscapes,
+                                   uint8_t attributeEscapes, uint8_t noByteOrderMark,
+                                   const char* encoding, const char* fileName, void** memoryOut,
+                                   uint32_t* memoryLength, int64_t streamHandle,
+                                   StreamWriteFn streamWrite, char* errorBuffer,
+                                   int32_t* errorCode) {
+    saveWithFile(document, target, charEscapes, attributeEscapes, noByteOrderMark, encoding,
+                 fileName, memoryOut, memoryLength, streamHandle, streamWrite, errorBuffer,
+                 errorCode);
+}
+
+extern "C" LUM_API void lumDocSaveW(void** document, int32_t target, uint8_t charEscapes,
+                                    uint8_t attributeEscapes, uint8_t noByteOrderMark,
+                                    const char* encoding, const lum_wchar_t* fileName,
+                                    void** memoryOut, uint32_t* memoryLength,
+                                    int64_t streamHandle, StreamWriteFn streamWrite,
+                                    char* errorBuffer, int32_t* errorCode) {
+    saveWithFile(document, target, charEscapes, attributeEscapes, noByteOrderMark, encoding,
+                 fileName, memoryOut, memoryLength, streamHandle, streamWrite, errorBuffer,
+                 errorCode);
+}
 
 // ---- Nodes -----------------------------------------------------------------
 

@@ -41,5 +41,6 @@ int runInfo(HostLibrary& library, const Arguments& arguments);
 int runWrite(HostLibrary& library, const Arguments& arguments);
 int runLoad(HostLibrary& library, const Arguments& arguments);
 int runSax(HostLibrary& library, const Arguments& arguments);
+int runSave(HostLibrary& library, const Arguments& arguments);
 
 }  // namespace host
