@@ -23,9 +23,13 @@ void* hostAlloc(uint32_t size, const char*, int32_t) {
 
 void* hostRealloc(void* block, uint32_t size, const char*, int32_t) {
     if (reallocsUntilFailure != 0 && --reallocsUntilFailure == 0) return nullptr;
+    // Forget the old address before realloc may free it.
+    bool tracked = block != nullptr && blocks().erase(block) != 0;
     void* grown = std::realloc(block, size == 0 ? 1 : size);
-    if (grown == nullptr) return nullptr;
-    if (block != nullptr) blocks().erase(block);
+    if (grown == nullptr) {
+        if (tracked) blocks().insert(block);
+        return nullptr;
+    }
     blocks().insert(grown);
     return grown;
 }
