@@ -1,6 +1,7 @@
 // The small seam between lumxml and the platform it runs on.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 
 #include "lumxml.h"
@@ -15,6 +16,10 @@ int compareIgnoringCase(const char* a, const char* b);
 std::FILE* openFile(const char* name, const char* mode);
 // _wfopen on Windows; elsewhere the UTF-16 name is converted to UTF-8 first.
 std::FILE* openFile(const lum_wchar_t* name, const char* mode);
+
+// Runs `work(context)` on a new thread with a stack of at least
+// `stackBytes` and waits for it. False when no such thread could be made.
+bool runOnLargeStack(size_t stackBytes, void (*work)(void*), void* context);
 
 }  // namespace platform
 }  // namespace lumxml
