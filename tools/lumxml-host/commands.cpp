@@ -8,7 +8,14 @@ const std::vector<Command>& commands() {
          "Load the library, count its exports and initialise it with a code page "
          "(default UTF-8).",
          runInfo},
-        {"load", "load FILE [--codepage NAME] [--validate] [--no-namespaces] [--limit N] [--search DIRS] [--schema LOC] [--noNamespaceSchema LOC]", "Load a document as a host does; print its encoding and the message and code received.", runLoad},
+        {"load",
+         "load FILE [--codepage NAME] [--validate] [--no-namespaces] [--limit N] "
+         "[--search DIRS] [--schema LOC] [--noNamespaceSchema LOC]",
+         "Load a document as a host does; print its encoding and the message and code "
+         "received.",
+         runLoad},
+        {"write", "write [--formatted] [--strict] [--fragment] [--encoding E] [--out PATH|-]",
+         "Write a sample order document through the SAX writer commands.", runWrite},
     };
     return table;
 }

@@ -4,20 +4,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 
-#include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace lumtest {
-
-void initLibraryOnce(const char* codePage) {
-    static std::once_flag once;
-    std::call_once(once, [codePage] {
-        ErrorSlot error;
-        lumInitParser(codePage, error.buffer, &error.code);
-        ASSERT_EQ(error.code, 0) << error.text();
-    });
-}
 
 TempDir::TempDir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "lumxml-test-XXXXXX").string();
