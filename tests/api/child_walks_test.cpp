@@ -161,6 +161,47 @@ TEST_F(ChildWalks, RandomChangesInterleavedWithIndexedReadsAlwaysMatch) {
     }
 }
 
+// Depth first, as hosts walk: each parent's position must survive the walk
+// of its children's children, past more ancestors than are remembered.
+TEST_F(ChildWalks, DepthFirstWalkVisitsExactlyTheDomsNodesInOrder) {
+    std::string xml;
+    for (int depth = 0; depth < 100; ++depth) xml += "<d>a<w/><w>b</w>";
+    for (int depth = 0; depth < 100; ++depth) xml += "c</d>";
+    HostDocument deep;
+    ASSERT_EQ(deep.loadMemory(xml).code, 0);
+    std::vector<void*> visited;
+    std::vector<DOMNode*> expected;
+    struct Place {
+        void* node;
+        int32_t count;
+        int32_t next;
+    };
+    std::vector<Place> stack{{documentElementOf(deep.cell), -1, 0}};
+    while (!stack.empty()) {
+        Place& place = stack.back();
+        if (place.count < 0) {
+            visited.push_back(place.node);
+            place.count = childCountOf(place.node);
+        }
+        if (place.next >= place.count) {
+            stack.pop_back();
+            continue;
+        }
+        void* child = childOf(place.node, place.next++);
+        stack.push_back({child, -1, 0});
+    }
+    std::vector<DOMNode*> pending{static_cast<DOMNode*>(documentElementOf(deep.cell))};
+    while (!pending.empty()) {
+        DOMNode* node = pending.back();
+        pending.pop_back();
+        expected.push_back(node);
+        for (DOMNode* c = node->getLastChild(); c != nullptr; c = c->getPreviousSibling())
+            pending.push_back(c);
+    }
+    ASSERT_EQ(visited.size(), expected.size());
+    for (size_t i = 0; i < visited.size(); ++i) EXPECT_EQ(visited[i], expected[i]) << i;
+}
+
 TEST_F(ChildWalks, DocumentMethod8MatchesAfterReplacingTheDocumentElement) {
     void* child = nullptr;
     int32_t index = 0;

@@ -14,6 +14,10 @@ const std::vector<Command>& commands() {
          "Load a document as a host does; print its encoding and the message and code "
          "received.",
          runLoad},
+        {"dom", "dom FILE [--count] [load options]",
+         "Load a document and print its outline walked through the node and document "
+         "methods; --count prints only the node count and the time taken.",
+         runDom},
         {"write", "write [--formatted] [--strict] [--fragment] [--encoding E] [--out PATH|-]",
          "Write a sample order document through the SAX writer commands.", runWrite},
     };
