@@ -10,10 +10,11 @@ namespace {
 
 std::atomic<uint64_t> treeGeneration{1};
 
-// One cursor per thread: loads of different documents may run side by
-// side, and a cursor only trusts what it saw under the current generation.
+// A position under one parent. It only trusts what it saw under the
+// current generation.
 struct Cursor {
     uint64_t generation = 0;
+    uint64_t lastUse = 0;
     const DOMNode* parent = nullptr;
     uint64_t index = 0;
     DOMNode* child = nullptr;  // item(index) of parent; null when no position is held
@@ -36,7 +37,38 @@ struct Cursor {
     }
 };
 
-thread_local Cursor cursor;
+// A host walks depth first: it reads a child, walks that child's children,
+// then comes back for the next one. So one position is kept per parent for
+// the most recently used parents, enough for the ancestors of any node of
+// a document of ordinary depth.
+constexpr size_t kCursors = 64;
+
+class CursorCache {
+public:
+    // The cursor of `parent`, or a fresh one for it in place of the least
+    // recently used.
+    Cursor& of(const DOMNode* parent) {
+        Cursor* oldest = &slots_[0];
+        for (Cursor& slot : slots_) {
+            if (slot.holds(parent)) {
+                slot.lastUse = ++clock_;
+                return slot;
+            }
+            if (slot.lastUse < oldest->lastUse) oldest = &slot;
+        }
+        oldest->restart(parent);
+        oldest->lastUse = ++clock_;
+        return *oldest;
+    }
+
+private:
+    Cursor slots_[kCursors];
+    uint64_t clock_ = 0;
+};
+
+// One cache per thread: loads and walks of different documents may run
+// side by side.
+thread_local CursorCache cursors;
 
 DOMNode* forward(DOMNode* from, uint64_t steps) {
     while (from != nullptr && steps-- > 0) from = from->getNextSibling();
@@ -50,7 +82,7 @@ DOMNode* backward(DOMNode* from, uint64_t steps) {
 
 // item(index) from the nearest known point: the first child, the held
 // position (forwards or backwards).
-DOMNode* walkTo(const DOMNode* parent, uint64_t index) {
+DOMNode* walkTo(const Cursor& cursor, const DOMNode* parent, uint64_t index) {
     if (cursor.child != nullptr) {
         if (index >= cursor.index) return forward(cursor.child, index - cursor.index);
         uint64_t back = cursor.index - index;
@@ -64,15 +96,15 @@ DOMNode* walkTo(const DOMNode* parent, uint64_t index) {
 void noteTreeChange() { treeGeneration.fetch_add(1, std::memory_order_acq_rel); }
 
 DOMNode* childAt(const DOMNode* parent, uint64_t index) {
-    if (!cursor.holds(parent)) cursor.restart(parent);
+    Cursor& cursor = cursors.of(parent);
     if (cursor.countKnown && index >= cursor.count) return nullptr;
-    DOMNode* found = walkTo(parent, index);
+    DOMNode* found = walkTo(cursor, parent, index);
     if (found != nullptr) cursor.moveTo(index, found);
     return found;
 }
 
 uint64_t childCount(const DOMNode* parent) {
-    if (!cursor.holds(parent)) cursor.restart(parent);
+    Cursor& cursor = cursors.of(parent);
     if (cursor.countKnown) return cursor.count;
     uint64_t count = 0;
     const DOMNode* node = parent->getFirstChild();
@@ -87,12 +119,12 @@ uint64_t childCount(const DOMNode* parent) {
 }
 
 uint64_t positionAmongSiblings(const DOMNode* parent, DOMNode* child) {
-    if (cursor.holds(parent) && cursor.child == child) return cursor.index;
+    Cursor& cursor = cursors.of(parent);
+    if (cursor.child == child) return cursor.index;
     uint64_t position = 0;
     for (DOMNode* before = child->getPreviousSibling(); before != nullptr;
          before = before->getPreviousSibling())
         ++position;
-    if (!cursor.holds(parent)) cursor.restart(parent);
     cursor.moveTo(position, child);
     return position;
 }

@@ -98,7 +98,10 @@ void invalidMethodNumber(DOMNode*, MethodCall& call) {
 void insertBefore(DOMNode* node, MethodCall& call) {
     DOMNode* newChild = call.nodeArg(0);
     DOMNode* refChild = call.nodeArg(1);
-    if (newChild == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    // Xerces checks the ancestors but not the node itself; inserting a node
+    // into itself would make a cycle.
+    if (newChild == nullptr || newChild == node)
+        throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
     the(node).insertBefore(newChild, refChild);
 }
 
@@ -156,7 +159,8 @@ void removeChild(DOMNode* node, MethodCall& call) {
 void replaceChild(DOMNode* node, MethodCall& call) {
     DOMNode* newChild = call.nodeArg(0);
     DOMNode* oldChild = call.nodeArg(1);
-    if (newChild == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    if (newChild == nullptr || newChild == node)
+        throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
     if (oldChild == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
     the(node).replaceChild(newChild, oldChild);
 }

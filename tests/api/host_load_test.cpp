@@ -1,4 +1,4 @@
-// The demo host's load subcommand prints what a host receives from a load.
+// The demo host's load and dom subcommands print what a host receives.
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -112,6 +112,39 @@ TEST_F(HostLoad, SearchDirectoriesAndNoNamespacesArePassedOn) {
 TEST_F(HostLoad, MissingFileArgumentIsAUsageError) {
     EXPECT_EQ(runHost("load").status, 2);
     EXPECT_EQ(runHost("load --limit").status, 2);
+}
+
+TEST_F(HostLoad, DomPrintsTheOutlineWalkedThroughTheMethods) {
+    std::string path = write("small.xml",
+                             "<?xml version=\"1.0\"?>\n<!--c--><a x=\"1\" y=\"two\">text<b/>"
+                             "<![CDATA[cd]]><?p d?></a>");
+    HostRun run = runHost("dom " + path);
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(run.output,
+              "init: code page UTF-8 found, error code 0\n"
+              "DOCUMENT #document\n"
+              "  COMMENT #comment \"c\"\n"
+              "  ELEMENT a x=\"1\" y=\"two\"\n"
+              "    TEXT #text \"text\"\n"
+              "    ELEMENT b\n"
+              "    CDATA-SECTION #cdata-section \"cd\"\n"
+              "    PROCESSING-INSTRUCTION p \"d\"\n");
+}
+
+TEST_F(HostLoad, DomCountPrintsTheNumberOfNodes) {
+    std::string path = write("count.xml", "<a><b>t</b><c/></a>");
+    HostRun run = runHost("dom " + path + " --count");
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_NE(run.output.find("nodes: 5\ntime: "), std::string::npos) << run.output;
+}
+
+TEST_F(HostLoad, DomOfTheExampleCatalogueSucceeds) {
+    HostRun run = runHost("dom " + kExample);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.output.find("        CDATA-SECTION #cdata-section \"Markup & Mayhem: <tags> "
+                              "explained\"\n"),
+              std::string::npos)
+        << run.output;
 }
 
 }  // namespace

@@ -26,6 +26,12 @@ struct LoadAnswer {
     std::string encoding;
 };
 
+// Starts the library when a fixture is built: declared before a fixture's
+// HostDocument members, it runs before they are made.
+struct LibraryStarted {
+    explicit LibraryStarted(const char* codePage = "UTF-8") { initLibraryOnce(codePage); }
+};
+
 // The host's X-DOCUMENT: a document cell that it owns and deletes.
 class HostDocument {
 public:
