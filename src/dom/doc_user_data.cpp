@@ -1,4 +1,5 @@
 #include "dom/doc_user_data.h"
+#include "frame/deep_stack.h"
 
 #include "frame/library_state.h"
 
@@ -33,7 +34,7 @@ void attachUserData(DOMNode* node, DocUserData* record) {
 
 DOMDocument* replaceDocument(DOMDocument* from, DOMDocument* to) {
     DocUserData* record = detachUserData(asNode(from));
-    asNode(from)->release();
+    releaseDeep(asNode(from));
     attachUserData(asNode(to), record);
     return to;
 }

@@ -1,4 +1,5 @@
 #include "dom/document_methods.h"
+#include "frame/deep_stack.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/dom/DOMElement.hpp>
@@ -134,7 +135,12 @@ void importNode(DocumentCall& c) {
     DOMNode* node = c.call.nodeArg(0);
     bool deep = c.call.intArg(1) != 0;
     if (node == nullptr) throw MissingHostValue("no node to import");
-    c.call.writeNode(the(c.document).importNode(node, deep));
+    DOMNode* copy = nullptr;
+    if (deep)
+        runForSubtree(node, [&] { copy = the(c.document).importNode(node, true); });
+    else
+        copy = the(c.document).importNode(node, false);
+    c.call.writeNode(copy);
 }
 
 void createNodeNS(DocumentCall& c) {

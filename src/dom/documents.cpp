@@ -1,4 +1,5 @@
 #include "dom/documents.h"
+#include "frame/deep_stack.h"
 
 #include <algorithm>
 #include <cstring>
@@ -169,7 +170,7 @@ void adoptParsedDocument(XercesDOMParser& parser, const LoadRequest& request) {
     DOMDocument* kept = current;
     noteTreeChange();
     if (DOMDocument* parsed = parser.adoptDocument()) {
-        if (current != nullptr) asNode(current)->release();
+        if (current != nullptr) releaseDeep(asNode(current));
         kept = parsed;
     }
     if (kept == nullptr) {
@@ -223,7 +224,7 @@ void deleteDocument(void* document) {
     if (doc == nullptr) return;
     delete detachUserData(asNode(doc));
     noteTreeChange();
-    asNode(doc)->release();
+    releaseDeep(asNode(doc));
 }
 
 }  // namespace lumxml

@@ -1,4 +1,5 @@
 #include "dom/node_methods.h"
+#include "frame/deep_stack.h"
 
 #include <cstring>
 #include <string>
@@ -109,7 +110,7 @@ void removeAndRelease(DOMNode* node, MethodCall&) {
     DOMNode* parent = the(node).getParentNode();
     if (parent == nullptr) return;
     parent->removeChild(node);
-    node->release();
+    releaseDeep(node);
 }
 
 void childCountOf(DOMNode* node, MethodCall& call) {
@@ -147,7 +148,12 @@ void childByIndex(DOMNode* node, MethodCall& call) {
 
 void cloneOf(DOMNode* node, MethodCall& call) {
     bool deep = call.intArg(0) != 0;
-    call.writeNode(the(node).cloneNode(deep));
+    DOMNode* copy = nullptr;
+    if (deep)
+        runForSubtree(node, [&] { copy = the(node).cloneNode(true); });
+    else
+        copy = the(node).cloneNode(false);
+    call.writeNode(copy);
 }
 
 void removeChild(DOMNode* node, MethodCall& call) {
@@ -166,7 +172,8 @@ void replaceChild(DOMNode* node, MethodCall& call) {
 }
 
 void normalize(DOMNode* node, MethodCall& call) {
-    if (DOMElement* element = elementOrRefuse(node, call)) element->normalize();
+    if (DOMElement* element = elementOrRefuse(node, call))
+        runForSubtree(element, [element] { element->normalize(); });
 }
 
 // ---- attributes ------------------------------------------------------------

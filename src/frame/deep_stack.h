@@ -53,4 +53,9 @@ void runForSubtree(const XERCES_CPP_NAMESPACE::DOMNode* node, Work&& work) {
     runForDepth(node != nullptr ? subtreeDepth(node) : 0, std::forward<Work>(work));
 }
 
+// release() of a node or document, whose walk recurses over the subtree.
+inline void releaseDeep(XERCES_CPP_NAMESPACE::DOMNode* node) {
+    runForSubtree(node, [node] { node->release(); });
+}
+
 }  // namespace lumxml

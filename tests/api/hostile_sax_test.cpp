@@ -1,0 +1,199 @@
+// Hostile documents through the pull reader and the one-shot validation:
+// each has a clear outcome and none crashes the host.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host_test.h"
+#include "lumxml.h"
+
+using lumtest::TempDir;
+
+namespace {
+
+struct Pull {
+    std::vector<std::string> names;
+    int32_t lastResult = 0;
+    int32_t errorCode = 0;
+    std::string errorText;
+    size_t characters = 0;
+};
+
+// Runs a memory document to its end as a host does.
+Pull pull(const std::string& text, uint32_t flags = 0, int32_t limit = -1,
+          size_t maxEvents = 5000000) {
+    SaxParserInstance instance;
+    std::memset(&instance, 0, sizeof instance);
+    instance.flags = flags;
+    instance.inputKind = 1;
+    instance.memoryBuffer = text.data();
+    instance.memoryLength = static_cast<uint32_t>(text.size());
+    instance.entityExpansionLimit = limit;
+    Pull out;
+    int32_t more = lumSAXParseFirst(&instance);
+    while (more == 1 && out.names.size() < maxEvents) {
+        const SaxEvent* event = instance.eventHead;
+        if (event != nullptr) {
+            out.names.push_back(event->name != nullptr ? event->name : "");
+            if (event->kind == 7) out.characters += reinterpret_cast<uintptr_t>(event->arg2) & 0xffffffffu;
+        }
+        more = lumSAXParseNext(&instance);
+    }
+    out.lastResult = more;
+    out.errorCode = instance.errorCode;
+    out.errorText = std::string(instance.errorText, strnlen(instance.errorText, 256));
+    lumSAXDeleteParserInstance(&instance);
+    return out;
+}
+
+size_t count(const Pull& p, const char* name) {
+    size_t n = 0;
+    for (const std::string& s : p.names) n += s == name;
+    return n;
+}
+
+std::string billionLaughs() {
+    std::string text = "<!DOCTYPE l [<!ENTITY a0 \"ha\">";
+    for (int i = 1; i < 10; ++i) {
+        text += "<!ENTITY a" + std::to_string(i) + " \"";
+        for (int k = 0; k < 10; ++k) text += "&a" + std::to_string(i - 1) + ";";
+        text += "\">";
+    }
+    return text + "]><l>&a9;</l>";
+}
+
+class HostileSax : public ::testing::Test {
+protected:
+    void SetUp() override { lumtest::initLibraryOnce(); }
+};
+
+TEST_F(HostileSax, BillionLaughsEndsWithAFatalErrorEvent) {
+    Pull p = pull(billionLaughs(), 0, 50000);
+    EXPECT_GE(count(p, "FatalError"), 1u);
+    EXPECT_EQ(p.lastResult, 0);
+    EXPECT_LT(p.characters, 200000u);
+}
+
+TEST_F(HostileSax, HundredThousandLevelsWithoutNamespacesReadToTheEnd) {
+    std::string text;
+    for (int i = 0; i < 100000; ++i) text += "<e>";
+    for (int i = 0; i < 100000; ++i) text += "</e>";
+    Pull p = pull(text, 1);
+    EXPECT_EQ(count(p, "StartElement"), 100000u);
+    EXPECT_EQ(count(p, "EndElement"), 100000u);
+    EXPECT_EQ(p.names.back(), "EndDocument");
+    EXPECT_EQ(p.errorCode, 0);
+}
+
+TEST_F(HostileSax, MillionLevelsWithoutNamespacesReadToTheEnd) {
+    std::string text;
+    for (int i = 0; i < 1000000; ++i) text += "<e>";
+    for (int i = 0; i < 1000000; ++i) text += "</e>";
+    Pull p = pull(text, 1);
+    EXPECT_EQ(count(p, "StartElement"), 1000000u);
+    EXPECT_EQ(p.names.back(), "EndDocument");
+}
+
+TEST_F(HostileSax, TwoHundredThousandAttributesArriveInOneList) {
+    std::string text = "<r";
+    for (int i = 0; i < 200000; ++i) text += " a" + std::to_string(i) + "='v'";
+    text += "/>";
+    SaxParserInstance instance;
+    std::memset(&instance, 0, sizeof instance);
+    instance.inputKind = 1;
+    instance.memoryBuffer = text.data();
+    instance.memoryLength = static_cast<uint32_t>(text.size());
+    instance.entityExpansionLimit = -1;
+    int32_t more = lumSAXParseFirst(&instance);
+    bool seen = false;
+    while (more == 1) {
+        SaxEvent* event = instance.eventHead;
+        if (event != nullptr && event->kind == 5) {
+            const SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(event);
+            EXPECT_EQ(list->count, 200000);
+            EXPECT_EQ(list->capacity, 300000);
+            EXPECT_STREQ(list->entries[199999].qName, "a199999");
+            seen = true;
+        }
+        more = lumSAXParseNext(&instance);
+    }
+    EXPECT_TRUE(seen);
+    lumSAXDeleteParserInstance(&instance);
+}
+
+TEST_F(HostileSax, MalformedBytesGiveFatalErrorEventsNotCrashes) {
+    const std::string inputs[] = {
+        std::string("<r>\xC3\x28</r>"),
+        std::string("<r>\xC0\xAF</r>"),
+        std::string("<r>&#xD800;</r>"),
+        std::string("<r>a\0b</r>", 10),
+        std::string("\x3C\x00\x72\x00\x2F\x00\x3E\x00", 8),
+        std::string("\xFE\xFF\x00", 3),
+    };
+    for (const std::string& input : inputs) {
+        Pull p = pull(input);
+        EXPECT_EQ(p.lastResult, 0);
+        EXPECT_LE(p.errorText.size(), 255u);
+    }
+}
+
+TEST_F(HostileSax, EveryPrefixOfARichDocumentEndsCleanly) {
+    const std::string rich =
+        "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE r [<!ENTITY e 'ent'>"
+        "<!ATTLIST r id ID #IMPLIED>]><r xmlns='urn:d' xmlns:p='urn:p' id='x' p:a='1'>"
+        "<p:c>t &e; &amp; caf\xC3\xA9</p:c><!--c--><?pi d?><![CDATA[<c>]]><e/></r>";
+    for (size_t length = 0; length <= rich.size(); ++length) {
+        Pull p = pull(rich.substr(0, length));
+        EXPECT_EQ(p.lastResult, 0) << length;
+        if (length == rich.size()) {
+            EXPECT_EQ(p.names.back(), "EndDocument");
+            EXPECT_EQ(count(p, "FatalError"), 0u);
+        }
+    }
+}
+
+TEST_F(HostileSax, NoDefaultResolutionReadsNoFile) {
+    TempDir dir;
+    std::string secret = dir.write("secret.txt", "SECRET");
+    std::string dtd = dir.write("ext.dtd", "<!ENTITY leak 'SECRET-DTD'>");
+    const std::string documents[] = {
+        "<!DOCTYPE r [<!ENTITY s SYSTEM 'file://" + secret + "'>]><r>&s;</r>",
+        "<!DOCTYPE r [<!ENTITY % p SYSTEM 'file://" + dtd + "'>%p;]><r>&leak;</r>",
+        "<!DOCTYPE r SYSTEM 'file://" + dtd + "'><r>&leak;</r>",
+    };
+    for (const std::string& text : documents) {
+        SaxParserInstance instance;
+        std::memset(&instance, 0, sizeof instance);
+        instance.flags = 4;
+        instance.inputKind = 1;
+        instance.memoryBuffer = text.data();
+        instance.memoryLength = static_cast<uint32_t>(text.size());
+        instance.entityExpansionLimit = -1;
+        for (int32_t more = lumSAXParseFirst(&instance); more == 1;
+             more = lumSAXParseNext(&instance)) {
+            const SaxEvent* event = instance.eventHead;
+            if (event != nullptr && event->kind == 7 && event->arg1 != nullptr) {
+                EXPECT_EQ(std::string(static_cast<const char*>(event->arg1)).find("SECRET"),
+                          std::string::npos);
+            }
+        }
+        lumSAXDeleteParserInstance(&instance);
+    }
+}
+
+TEST_F(HostileSax, OneShotValidationOfBillionLaughsStopsAtTheLimit) {
+    TempDir dir;
+    std::string file = dir.write("laughs.xml", billionLaughs());
+    SaxParserInstance instance;
+    std::memset(&instance, 0, sizeof instance);
+    instance.inputKind = 0;
+    instance.fileName = file.c_str();
+    instance.entityExpansionLimit = 50000;
+    EXPECT_EQ(lumSAXParse(&instance), 1);
+    EXPECT_EQ(instance.errorCode, 10);
+    lumSAXDeleteParserInstance(&instance);
+}
+
+}  // namespace
