@@ -311,4 +311,23 @@ TEST_F(HostileDom, NoDefaultResolutionReadsNoFileAndOpensNoConnection) {
     EXPECT_FALSE(listener.connected());
 }
 
+// Documented in SECURITY.md as the host's responsibility: the entity
+// directories are search roots, not a confinement.
+TEST_F(HostileDom, EntityDirectoriesDoNotConfineParentReferences) {
+    TempDir dir;
+    dir.write("outside.ent", "OUTSIDE");
+    dir.write("inside/keep.txt", "");
+    std::string directories = dir.file("inside");
+    const char* locations[3] = {directories.c_str(), nullptr, nullptr};
+    std::string text = "<!DOCTYPE r [<!ENTITY o SYSTEM '../outside.ent'>]><r>&o;</r>";
+    ErrorSlot made;
+    lumInitDocument(&document, 1, made.buffer, &made.code);
+    char encoding[257] = {0};
+    lumDocLoad(&document, 4, 1, encoding, nullptr, text.data(),
+               static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, locations,
+               error.buffer, &error.code);
+    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(textOf(root()), "OUTSIDE");
+}
+
 }  // namespace
