@@ -5,6 +5,9 @@
 #include <fstream>
 #include <iterator>
 #include <mutex>
+#if defined(_WIN32)
+#include <random>
+#endif
 
 #include <gtest/gtest.h>
 
@@ -19,12 +22,30 @@ void initLibraryOnce(const char* codePage) {
     });
 }
 
+#if defined(_WIN32)
+// Windows has no mkdtemp: try random names until one is created anew
+// (create_directory answers false for a folder that already exists).
+TempDir::TempDir() {
+    std::random_device seed;
+    std::mt19937_64 random(seed());
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        std::filesystem::path candidate = std::filesystem::temp_directory_path() /
+                                          ("lumxml-test-" + std::to_string(random() % 1000000000));
+        if (std::filesystem::create_directory(candidate)) {
+            path_ = candidate.string();
+            return;
+        }
+    }
+    throw std::runtime_error("cannot make a temporary directory");
+}
+#else
 TempDir::TempDir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "lumxml-test-XXXXXX").string();
     char* made = mkdtemp(pattern.data());
     if (made == nullptr) throw std::runtime_error("cannot make a temporary directory");
     path_ = made;
 }
+#endif
 
 TempDir::~TempDir() {
     std::error_code ignored;

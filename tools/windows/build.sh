@@ -213,12 +213,11 @@ build_lumxml() {
   log "building lumxml.dll, lumxml-host.exe and the tests in $BUILD"
   cmake -S "$ROOT" -B "$BUILD" -DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN" \
     -DCMAKE_BUILD_TYPE=Release -DLUMXML_WERROR=ON \
-    -DCMAKE_PREFIX_PATH="$XERCES_PREFIX;$GTEST_PREFIX" \
-    -DCMAKE_FIND_ROOT_PATH="/usr/$TRIPLET;$ICU_PREFIX;$XERCES_PREFIX;$GTEST_PREFIX" \
-    -DICU_ROOT="$ICU_PREFIX" -DICU_INCLUDE_DIR="$ICU_PREFIX/include" \
+    -DXercesC_DIR="$XERCES_PREFIX/cmake" -DGTest_DIR="$GTEST_PREFIX/lib/cmake/GTest" \
+    -DICU_INCLUDE_DIR="$ICU_PREFIX/include" \
     -DICU_UC_LIBRARY_RELEASE="$ICU_PREFIX/lib/libsicuuc.a" \
     -DICU_DATA_LIBRARY_RELEASE="$ICU_PREFIX/lib/libsicudt.a" \
-    -DCMAKE_CROSSCOMPILING_EMULATOR="${LUMXML_WINE64:-/usr/lib/wine/wine64}" >/dev/null
+    -DCMAKE_CROSSCOMPILING_EMULATOR="${LUMXML_WINE64:-/usr/lib/wine/wine64}"
   cmake --build "$BUILD" -j"$JOBS"
 }
 
@@ -230,4 +229,4 @@ prepare_gtest
 # "deps" prepares the cache only.
 [[ "${1:-}" == deps ]] && exit 0
 build_lumxml
-log "done: $BUILD/lumxml.dll"
+log "done: $BUILD/bin/lumxml.dll"

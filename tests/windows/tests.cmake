@@ -1,0 +1,17 @@
+# Checks of lumxml.dll itself, run on the build machine with MinGW's objdump.
+find_program(LUMXML_OBJDUMP NAMES ${LUMXML_MINGW_TRIPLET}-objdump x86_64-w64-mingw32-objdump
+             objdump REQUIRED)
+
+add_test(NAME WindowsDll.ExportsExactlyTheImplementedLumFunctions
+         COMMAND ${CMAKE_COMMAND} -DCHECK=exports "-DOBJDUMP=${LUMXML_OBJDUMP}"
+                 "-DDLL=$<TARGET_FILE:lumxml>"
+                 "-DEXPECTED=${CMAKE_CURRENT_SOURCE_DIR}/api/implemented_exports.txt"
+                 -P ${CMAKE_CURRENT_SOURCE_DIR}/windows/dll_check.cmake)
+
+# The C and C++ run-times are linked in statically, Xerces-C and ICU are
+# static libraries: a host needs nothing but Windows itself.
+add_test(NAME WindowsDll.ImportsOnlySystemLibraries
+         COMMAND ${CMAKE_COMMAND} -DCHECK=imports "-DOBJDUMP=${LUMXML_OBJDUMP}"
+                 "-DDLL=$<TARGET_FILE:lumxml>"
+                 "-DALLOWED=KERNEL32.dll,ADVAPI32.dll,msvcrt.dll,WS2_32.dll,USER32.dll"
+                 -P ${CMAKE_CURRENT_SOURCE_DIR}/windows/dll_check.cmake)
