@@ -20,3 +20,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 # Test discovery runs the test programs (under Wine): do it when ctest runs,
 # where tools/windows/test.sh has Wine ready, not at build time.
 set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)
+
+# A release lumxml.dll carries no symbol tables (9 MB instead of 12 MB);
+# its exports are unaffected.
+string(APPEND CMAKE_SHARED_LINKER_FLAGS_RELEASE " -s")

@@ -155,7 +155,7 @@ prepare_icu() {
   $TRIPLET-ar rcs "$ICU_PREFIX/lib/libsicudt.a" "$data/icudata.o"
   wc -l <"$data/keep.txt" >"$ICU_PREFIX/data-items.txt"
 
-  rm -rf "$native" "$cross" "$data" "$(dirname "$source")"
+  rm -rf "$native" "$cross" "$data" "$WORK/sources"
   touch "$ICU_PREFIX/.complete"
 }
 
@@ -182,7 +182,7 @@ prepare_xerces() {
   quietly xerces-make cmake --build "$build" --target xerces-c -j"$JOBS"
   # The library part only (Debian's source has no prebuilt HTML documentation).
   quietly xerces-install cmake --install "$build/src"
-  rm -rf "$build" "$source"
+  rm -rf "$build" "$WORK/sources"
   touch "$XERCES_PREFIX/.complete"
 }
 
