@@ -1,5 +1,7 @@
 #include "frame/error_report.h"
 
+#include "frame/host_codec.h"
+
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -31,8 +33,9 @@ void appendBudgeted(char* buffer, const char* text, size_t budget) {
     std::string piece(text);
     if (piece.size() > room) {
         size_t keep = room >= 3 ? room - 3 : 0;
-        piece.resize(keep);
-        piece.append(room - keep, '.');
+        // Never half a character of the host code page before the dots.
+        piece.resize(codec::characterBoundary(piece.data(), piece.size(), keep));
+        piece.append(room >= 3 ? 3 : room, '.');
     }
     formatError(buffer + used, piece.c_str());
 }

@@ -193,6 +193,33 @@ void appendHost(std::string& out, const XMLCh* text, size_t length) {
     out.resize(start + static_cast<size_t>(needed));
 }
 
+size_t characterBoundary(const char* text, size_t length, size_t maxBytes) {
+    if (maxBytes >= length) return length;
+    UConverter* converter = threadConverter.get();
+    if (converter == nullptr) {
+        // UTF-8: step back over continuation bytes to the lead of the cut character.
+        size_t cut = maxBytes;
+        while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+        return cut;
+    }
+    ucnv_resetToUnicode(converter);
+    const char* source = text;
+    const char* limit = text + length;
+    size_t boundary = 0;
+    while (source < limit) {
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_getNextUChar(converter, &source, limit, &status);
+        size_t reached = static_cast<size_t>(source - text);
+        if (U_FAILURE(status) && status != U_INVALID_CHAR_FOUND &&
+            status != U_ILLEGAL_CHAR_FOUND && status != U_TRUNCATED_CHAR_FOUND)
+            break;
+        if (reached > maxBytes || reached == boundary) break;
+        boundary = reached;
+    }
+    ucnv_resetToUnicode(converter);
+    return boundary;
+}
+
 void release(XMLCh* text) {
     if (text != nullptr) XMLString::release(&text);
 }

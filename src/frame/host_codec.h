@@ -33,6 +33,11 @@ char* toHost(const XMLCh* text, size_t length);
 // Host bytes of `text` appended to `out` (no allocation from Xerces).
 void appendHost(std::string& out, const XMLCh* text, size_t length);
 
+// The longest prefix of `text` (`length` bytes), at most `maxBytes` long,
+// that ends on a character boundary of the host code page: a message cut
+// to the error budget never ends in half a character.
+size_t characterBoundary(const char* text, size_t length, size_t maxBytes);
+
 void release(XMLCh* text);
 void release(char* text);
 

@@ -22,7 +22,8 @@ struct ErrorSlot {
     std::string text() const { return std::string(buffer); }
 };
 
-// Initialises the library once per process with `codePage` (UTF-8 by
+// Initialises the library once per process (host_init.cpp: behaviour
+// tests only, it calls the export) with `codePage` (UTF-8 by
 // default); later calls do nothing.
 void initLibraryOnce(const char* codePage = "UTF-8");
 

@@ -119,3 +119,31 @@ TEST(ErrorReport, PrefixedCutsTheTextToTheBudget) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(BudgetRule, CutNeverSplitsAUtf8Character) {
+    // 252 ASCII characters then two-byte characters: byte 253 would split one.
+    std::string text = std::string(252, 'a');
+    for (int i = 0; i < 40; ++i) text += "\xC3\xA9";
+    char buffer[512] = {0};
+    appendBudgeted(buffer, text.c_str());
+    EXPECT_EQ(std::string(buffer), std::string(252, 'a') + "...");
+}
+
+TEST(BudgetRule, CutKeepsWholeCharactersAfterAPrefix) {
+    std::string prefix = "Error parsing file: ";
+    std::string text;
+    for (int i = 0; i < 200; ++i) text += "\xE2\x82\xAC";  // three-byte euro signs
+    char buffer[512] = {0};
+    std::strcpy(buffer, prefix.c_str());
+    appendBudgeted(buffer, text.c_str());
+    std::string result = buffer;
+    // room 236, keep at most 233 bytes = 77 whole euro signs (231 bytes)
+    std::string expected = prefix;
+    for (int i = 0; i < 77; ++i) expected += "\xE2\x82\xAC";
+    EXPECT_EQ(result, expected + "...");
+    EXPECT_LE(result.size(), 256u);
+}
+
+}  // namespace

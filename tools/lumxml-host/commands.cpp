@@ -8,6 +8,8 @@ const std::vector<Command>& commands() {
          "Load the library, count its exports and initialise it with a code page "
          "(default UTF-8).",
          runInfo},
+        {"write", "write [--formatted] [--strict] [--fragment] [--encoding E] [--out PATH|-]",
+         "Write a sample order document through the SAX writer commands.", runWrite},
     };
     return table;
 }

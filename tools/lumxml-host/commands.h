@@ -38,5 +38,6 @@ bool initialise(HostLibrary& library, const std::string& codePage);
 
 // The subcommands.
 int runInfo(HostLibrary& library, const Arguments& arguments);
+int runWrite(HostLibrary& library, const Arguments& arguments);
 
 }  // namespace host

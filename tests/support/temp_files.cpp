@@ -4,23 +4,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #if defined(_WIN32)
 #include <random>
 #endif
 
-#include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace lumtest {
-
-void initLibraryOnce(const char* codePage) {
-    static std::once_flag once;
-    std::call_once(once, [codePage] {
-        ErrorSlot error;
-        lumInitParser(codePage, error.buffer, &error.code);
-        ASSERT_EQ(error.code, 0) << error.text();
-    });
-}
 
 #if defined(_WIN32)
 // Windows has no mkdtemp: try random names until one is created anew

@@ -1,0 +1,475 @@
+// The element side of the writer: start tags built lazily from a pending
+// list, attributes, namespace declarations and bindings, end tags, and the
+// strict checks on them.
+#include <cstring>
+
+#include "writer/writer.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+using Text = std::unique_ptr<std::string>;
+
+Text copyOf(const char* text) { return text != nullptr ? std::make_unique<std::string>(text) : nullptr; }
+Text copyOf(const Text& text) { return text ? std::make_unique<std::string>(*text) : nullptr; }
+
+// Both absent counts as the same.
+bool same(const Text& a, const Text& b) {
+    if (!a || !b) return !a && !b;
+    return *a == *b;
+}
+bool same(const Text& a, const std::string& b) { return a && *a == b; }
+
+// A name split at its first colon; no colon: no prefix.
+struct SplitName {
+    Text prefix;
+    std::string local;
+};
+
+SplitName split(const char* qName) {
+    SplitName name;
+    if (qName == nullptr) return name;
+    const char* colon = std::strchr(qName, ':');
+    if (colon == nullptr) {
+        name.local = qName;
+    } else {
+        name.prefix = std::make_unique<std::string>(qName, colon);
+        name.local = colon + 1;
+    }
+    return name;
+}
+
+std::string qualified(const Text& prefix, const std::string& local) {
+    return prefix ? *prefix + ":" + local : local;
+}
+
+// ---- Bindings ------------------------------------------------------------
+
+NamespaceBinding* pushBinding(SAXWriter& w, Text prefix, Text uri) {
+    NamespaceBinding* binding = new NamespaceBinding;
+    binding->prefix = std::move(prefix);
+    binding->uri = std::move(uri);
+    binding->depth = w.depth;
+    binding->next = w.bindings;
+    w.bindings = binding;
+    return binding;
+}
+
+NamespaceBinding* pushPendingBinding(SAXWriter& w, const Text& prefix, const Text& uri) {
+    w.pendingBinding = pushBinding(w, copyOf(prefix), copyOf(uri));
+    return w.pendingBinding;
+}
+
+void moveToHead(SAXWriter& w, NamespaceBinding* binding) {
+    if (w.bindings == binding) return;
+    for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next) {
+        if (b->next == binding) {
+            b->next = binding->next;
+            binding->next = w.bindings;
+            w.bindings = binding;
+            return;
+        }
+    }
+}
+
+NamespaceBinding* newestWithPrefix(SAXWriter& w, const std::string& prefix) {
+    for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next)
+        if (same(b->prefix, prefix)) return b;
+    return nullptr;
+}
+
+// The lookup used when tags are written and when elements end.
+NamespaceBinding* lookup(SAXWriter& w, const Text& prefix, const Text& uri) {
+    if (prefix) {
+        NamespaceBinding* b = newestWithPrefix(w, *prefix);
+        return (b != nullptr && (!uri || same(b->uri, uri))) ? b : nullptr;
+    }
+    if (uri) {
+        for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next)
+            if (same(b->uri, uri)) return b;
+    }
+    return nullptr;
+}
+
+// The binding a starting element resolves to; a new one becomes pending.
+NamespaceBinding* resolveElement(SAXWriter& w, const Text& prefix, const Text& uri) {
+    if (!prefix && !uri) return nullptr;
+    if (w.bindings == nullptr) return pushPendingBinding(w, prefix, uri);
+    if (prefix) {
+        NamespaceBinding* b = newestWithPrefix(w, *prefix);
+        if (b != nullptr && (!uri || same(b->uri, uri))) return b;
+        // An unknown prefix, or a known one with another URI: (re)bound
+        // inside this element.
+        return pushPendingBinding(w, prefix, uri);
+    }
+    // Only a URI: the first binding of it, if it has a prefix or is the
+    // newest one; else a default namespace for this element.
+    for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next) {
+        if (!same(b->uri, uri)) continue;
+        if (b->prefix || b == w.bindings) return b;
+        break;
+    }
+    return pushPendingBinding(w, nullptr, uri);
+}
+
+// ---- The pending list ------------------------------------------------------
+
+void appendPending(SAXWriter& w, PendingItem* item) {
+    if (w.pendingTail == nullptr)
+        w.pending = item;
+    else
+        w.pendingTail->next = item;
+    w.pendingTail = item;
+}
+
+// Strict duplicate bookkeeping, then the attribute joins the start tag.
+void appendAttribute(SAXWriter& w, Text prefix, std::string local, Text value, Text uri) {
+    PendingItem* item = new PendingItem;
+    item->prefix = std::move(prefix);
+    item->local = std::move(local);
+    item->value = std::move(value);
+    item->uri = std::move(uri);
+    if (w.strict && !item->local.empty() && w.pending != nullptr) {
+        for (PendingItem* earlier = w.pending->next; earlier != nullptr; earlier = earlier->next) {
+            if (earlier->local != item->local) continue;
+            if (!earlier->prefix && !item->prefix && !earlier->uri && !item->uri) {
+                setError(w, kErrDuplicateAttribute);
+                setMessage(w, item->local);
+            } else if (earlier->prefix && item->prefix && *earlier->prefix == *item->prefix) {
+                setError(w, kErrDuplicateAttribute);
+                setMessage(w, qualified(item->prefix, item->local));
+            } else if ((!item->prefix && (earlier->prefix || earlier->uri || item->uri)) ||
+                       (item->prefix && !earlier->prefix && earlier->uri)) {
+                // Checked when the tag is written, once the namespaces are
+                // known; a later link replaces an earlier one.
+                earlier->link = item;
+            }
+        }
+    }
+    appendPending(w, item);
+}
+
+// xmlns="U" as an attribute: satisfies the pending default binding with
+// the same URI, else binds the default namespace.
+void declareDefaultByAttribute(SAXWriter& w, const char* value) {
+    Text uri = copyOf(value);
+    if (w.pendingBinding != nullptr && !w.pendingBinding->prefix && uri &&
+        same(w.pendingBinding->uri, uri)) {
+        moveToHead(w, w.pendingBinding);
+        w.pendingBinding = nullptr;
+    } else {
+        pushBinding(w, nullptr, copyOf(uri));
+    }
+    appendAttribute(w, nullptr, "xmlns", std::move(uri), nullptr);
+}
+
+// One attribute of a start tag (list entry or command 10).
+void addAttributeItem(SAXWriter& w, const char* qName, const char* value, const char* uri) {
+    if (w.strict && !isValidQName(w, qName)) {
+        setError(w, kErrInvalidName);
+        setMessage(w, qName);
+    }
+    SplitName name = split(qName);
+    if (same(name.prefix, std::string("xmlns"))) {
+        declareNamespace(w, value, name.local.c_str());
+    } else if (!name.prefix && name.local == "xmlns") {
+        declareDefaultByAttribute(w, value);
+    } else {
+        appendAttribute(w, std::move(name.prefix), std::move(name.local), copyOf(value),
+                        copyOf(uri));
+    }
+}
+
+// ---- The strict element stack -------------------------------------------
+
+void pushElementRecord(SAXWriter& w, const PendingItem& element, const NamespaceBinding* binding) {
+    if (w.scope == nullptr) w.scope = new WriterScope;
+    WriterScope& scope = *w.scope;
+    if (scope.open == nullptr) {
+        if (scope.rootStarted && !w.fragment) setError(w, kErrSecondRoot);
+        scope.rootStarted = true;
+    }
+    ElementRecord* record = new ElementRecord;
+    record->uri = copyOf(element.uri);
+    record->local = element.local;
+    record->prefix = copyOf(element.prefix);
+    record->binding = binding;
+    record->next = scope.open;
+    scope.open = record;
+}
+
+// Pops the open element; it stays as the "current" one until the next pop.
+ElementRecord* popElementRecord(SAXWriter& w) {
+    if (w.scope == nullptr || w.scope->open == nullptr) return nullptr;
+    WriterScope& scope = *w.scope;
+    delete scope.current;
+    scope.current = scope.open;
+    scope.open = scope.open->next;
+    scope.current->next = nullptr;
+    return scope.current;
+}
+
+// ---- Writing the start tag -------------------------------------------------
+
+void putPrefixed(SAXWriter& w, const Text& prefix, const std::string& local) {
+    if (prefix) {
+        putHost(w, *prefix);
+        put(w, markup().colon);
+    }
+    putHost(w, local);
+}
+
+void setUnboundError(SAXWriter& w, const Text& prefix, const Text& uri) {
+    setError(w, kErrUnboundPrefix);
+    setMessage(w, prefix ? *prefix : (uri ? *uri : std::string()));
+}
+
+void writeElementName(SAXWriter& w, const PendingItem& element) {
+    if (!element.prefix && !element.uri) {
+        putHost(w, element.local);
+        return;
+    }
+    NamespaceBinding* binding = lookup(w, element.prefix, element.uri);
+    if (binding != nullptr) {
+        putPrefixed(w, binding->prefix, element.local);
+        return;
+    }
+    putHost(w, element.local);
+    if (w.strict) setUnboundError(w, element.prefix, element.uri);
+}
+
+void writePendingDeclaration(SAXWriter& w) {
+    NamespaceBinding* binding = w.pendingBinding;
+    if (binding == nullptr) return;
+    const Markup& m = markup();
+    put(w, m.blank);
+    put(w, m.xmlns);
+    if (binding->prefix) {
+        put(w, m.colon);
+        putHost(w, *binding->prefix);
+    }
+    put(w, m.equalsQuote);
+    if (binding->uri) putHost(w, *binding->uri, XMLFormatter::AttrEscapes);
+    put(w, m.quote);
+    if (!binding->uri && binding->prefix && w.strict && w.errorCode == 0) {
+        setError(w, kErrPrefixWithoutUri);
+        setMessage(w, *binding->prefix);
+    }
+    w.pendingBinding = nullptr;
+}
+
+const std::string* prefixOf(const NamespaceBinding* binding) {
+    return (binding != nullptr && binding->prefix) ? binding->prefix.get() : nullptr;
+}
+
+// Writes the attributes; false when an unbound one stopped the writing.
+void writeAttributes(SAXWriter& w, PendingItem* first) {
+    const Markup& m = markup();
+    for (PendingItem* item = first; item != nullptr; item = item->next) {
+        const bool declaration = same(item->prefix, std::string("xmlns"));
+        const bool namespaced = !declaration && (item->prefix || item->uri);
+        NamespaceBinding* binding = namespaced ? lookup(w, item->prefix, item->uri) : nullptr;
+        const bool unbound = namespaced && binding == nullptr;
+        put(w, m.blank);
+        if (declaration || unbound)
+            putPrefixed(w, item->prefix, item->local);
+        else if (namespaced)
+            putPrefixed(w, binding->prefix, item->local);
+        else
+            putHost(w, item->local);
+        put(w, m.equalsQuote);
+        if (item->value) putHost(w, *item->value, XMLFormatter::AttrEscapes);
+        put(w, m.quote);
+        if (!w.strict) continue;
+        if (unbound) {
+            setUnboundError(w, item->prefix, item->uri);
+            return;  // the remaining attributes are not written
+        }
+        if (item->link != nullptr) {
+            const PendingItem& other = *item->link;
+            const std::string* mine = prefixOf(binding);
+            const std::string* theirs = prefixOf(lookup(w, other.prefix, other.uri));
+            if ((mine != nullptr && theirs != nullptr && *mine == *theirs) ||
+                (mine == nullptr && theirs == nullptr)) {
+                setError(w, kErrDuplicateNamespacedAttribute);
+                setMessage(w, qualified(item->prefix, item->local));
+            }
+        }
+    }
+}
+
+void writeStartTag(SAXWriter& w, uint32_t trigger) {
+    PendingItem* element = w.pending;
+    if (element == nullptr) return;
+    const Markup& m = markup();
+    indent(w);
+    put(w, m.open);
+    writeElementName(w, *element);
+    writePendingDeclaration(w);
+    writeAttributes(w, element->next);
+    if (w.lastCommand == 23) {
+        put(w, m.close);
+        // Characters stay on the tag's line.
+        if (w.formatted && trigger != 25) put(w, m.lineFeed);
+        ++w.depth;
+    } else {
+        put(w, m.closeEmpty);
+        lineFeedIfFormatted(w);
+        if (w.strict) popElementRecord(w);
+        dropBindings(w, w.depth);
+    }
+    clearPending(w);
+}
+
+}  // namespace
+
+// ---- Entry points of the element commands ---------------------------------
+
+void clearPending(SAXWriter& w) {
+    while (w.pending != nullptr) {
+        PendingItem* next = w.pending->next;
+        delete w.pending;
+        w.pending = next;
+    }
+    w.pendingTail = nullptr;
+}
+
+void dropBindings(SAXWriter& w, int32_t depth) {
+    while (w.bindings != nullptr && w.bindings->depth >= depth) {
+        NamespaceBinding* next = w.bindings->next;
+        if (w.pendingBinding == w.bindings) w.pendingBinding = nullptr;
+        delete w.bindings;
+        w.bindings = next;
+    }
+}
+
+void freeBindings(SAXWriter& w) {
+    dropBindings(w, INT32_MIN);
+    w.pendingBinding = nullptr;
+}
+
+void completeStartTag(SAXWriter& w, uint32_t command) {
+    // Attributes, declarations and a restart of memory output still
+    // belong to the open start tag.
+    if (command == 10 || command == 11 || command == 12) return;
+    if (w.lastCommand == 23 || w.lastCommand == 26) writeStartTag(w, command);
+    w.lastCommand = command;
+}
+
+void startElement(SAXWriter& w, const char* qName, const char* uri, const SaxAttrList* attributes) {
+    // Leftovers of attributes added while no start tag was open.
+    clearPending(w);
+    if (w.strict) {
+        if (!isValidQName(w, qName)) {
+            setError(w, kErrInvalidName);
+            setMessage(w, qName);
+        }
+        if (w.state == kStateProlog && w.depth == -1) {
+            w.depth = 0;
+            if (qName == nullptr || std::strcmp(qName, w.nameBuffer.text()) != 0)
+                setError(w, kErrRootNotDoctype);
+        }
+    }
+    SplitName name = split(qName);
+    Text namespaceUri = copyOf(uri);
+    NamespaceBinding* binding = resolveElement(w, name.prefix, namespaceUri);
+
+    PendingItem* element = new PendingItem;
+    element->prefix = binding != nullptr ? copyOf(binding->prefix) : std::move(name.prefix);
+    element->local = std::move(name.local);
+    element->uri = binding != nullptr ? copyOf(binding->uri) : std::move(namespaceUri);
+    appendPending(w, element);
+
+    if (w.strict) pushElementRecord(w, *element, binding);
+
+    if (attributes == nullptr || attributes->entries == nullptr) return;
+    for (int32_t i = 0; i < attributes->count && i < attributes->capacity; ++i) {
+        const SaxAttribute& entry = attributes->entries[i];
+        if (entry.qName == nullptr) continue;
+        addAttributeItem(w, entry.qName, entry.value, entry.uri);
+    }
+}
+
+void addAttribute(SAXWriter& w, const char* qName, const char* value, const char* uri) {
+    addAttributeItem(w, qName != nullptr ? qName : "", value, uri);
+}
+
+void declareNamespace(SAXWriter& w, const char* uri, const char* prefix) {
+    Text p = copyOf(prefix != nullptr && prefix[0] != '\0' ? prefix : nullptr);
+    Text u = copyOf(uri != nullptr && uri[0] != '\0' ? uri : nullptr);
+    // Un-declaring a prefix is not allowed.
+    if (w.strict && p && !u) {
+        setError(w, kErrUndeclaredPrefix);
+        setMessage(w, *p);
+    }
+    NamespaceBinding* pending = w.pendingBinding;
+    if (pending != nullptr && same(pending->prefix, p)) {
+        bool satisfied = false;
+        if (pending->uri) {
+            satisfied = u && *u == *pending->uri;
+            if (!satisfied && w.strict) {
+                setError(w, kErrPendingPrefixRebound);
+                setMessage(w, pending->prefix ? *pending->prefix : std::string());
+            }
+        } else if (u) {
+            pending->uri = copyOf(u);
+            satisfied = true;
+        } else if (w.strict) {
+            setError(w, kErrUndeclaredPrefix);
+            setMessage(w, pending->prefix ? *pending->prefix : std::string());
+        }
+        if (satisfied) {
+            moveToHead(w, pending);
+            w.pendingBinding = nullptr;
+        }
+    } else {
+        pushBinding(w, copyOf(p), copyOf(u));
+    }
+    if (p)
+        appendAttribute(w, std::make_unique<std::string>("xmlns"), *p, std::move(u), nullptr);
+    else
+        appendAttribute(w, nullptr, "xmlns", std::move(u), nullptr);
+}
+
+void endElement(SAXWriter& w, const char* qName, const char* uri) {
+    if (w.strict && !isValidQName(w, qName)) {
+        setError(w, kErrInvalidName);
+        setMessage(w, qName);
+    }
+    SplitName name = split(qName);
+    Text namespaceUri = copyOf(uri);
+    NamespaceBinding* binding = lookup(w, name.prefix, namespaceUri);
+    Text written = binding != nullptr ? copyOf(binding->prefix) : copyOf(name.prefix);
+
+    if (w.strict && w.errorCode == 0) {
+        ElementRecord* open = popElementRecord(w);
+        bool unresolved = (name.prefix || namespaceUri) && binding == nullptr;
+        if (open == nullptr || open->local != name.local || unresolved || open->binding != binding) {
+            setError(w, kErrEndTagMismatch);
+            setMessage(w, open != nullptr ? qualified(open->prefix, open->local) : std::string());
+        }
+    }
+    --w.depth;
+    dropBindings(w, w.depth);
+
+    const Markup& m = markup();
+    if (w.formatted && w.state != kStateAfterText && w.depth >= 1) indent(w);
+    put(w, m.openEnd);
+    putPrefixed(w, written, name.local);
+    put(w, m.close);
+    lineFeedIfFormatted(w);
+}
+
+WriterScope::~WriterScope() {
+    while (open != nullptr) {
+        ElementRecord* next = open->next;
+        delete open;
+        open = next;
+    }
+    delete current;
+}
+
+}  // namespace lumxml

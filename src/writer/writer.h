@@ -1,0 +1,184 @@
+// The SAX writer record and the functions its command table dispatches to.
+//
+// The host holds only a pointer to a SAXWriter and drives it with command
+// numbers through lumSAXWriterExecute (commands.cpp). Output, the XML
+// declaration and the text commands are in output.cpp; elements,
+// attributes and namespaces in elements.cpp.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <xercesc/framework/XMLFormatter.hpp>
+
+#include "frame/host_codec.h"
+#include "lumxml.h"
+#include "writer/markup.h"
+#include "writer/text_buffer.h"
+
+namespace lumxml {
+
+class XMLMemOut;
+
+// A namespace binding in scope: made at the writer's depth of the element
+// that needed or declared it, dropped when that element ends.
+struct NamespaceBinding {
+    std::unique_ptr<std::string> prefix;  // null: no prefix (default namespace)
+    std::unique_ptr<std::string> uri;     // null: none (yet)
+    int32_t depth = 0;
+    NamespaceBinding* next = nullptr;
+};
+
+// The element or one attribute of the start tag being built.
+struct PendingItem {
+    std::unique_ptr<std::string> prefix;
+    std::string local;
+    std::unique_ptr<std::string> value;
+    std::unique_ptr<std::string> uri;
+    // A later attribute with the same local name that must not resolve to
+    // the same namespace (strict duplicate bookkeeping).
+    PendingItem* link = nullptr;
+    PendingItem* next = nullptr;
+};
+
+// An open element (strict mode only).
+struct ElementRecord {
+    std::unique_ptr<std::string> uri;
+    std::string local;
+    std::unique_ptr<std::string> prefix;
+    const NamespaceBinding* binding = nullptr;  // compared, never read
+    ElementRecord* next = nullptr;
+};
+
+// The element and namespace scope of one open output.
+struct WriterScope {
+    ElementRecord* open = nullptr;           // stack, top first
+    bool rootStarted = false;                // a root element has started
+    ElementRecord* current = nullptr;        // most recently popped
+    ~WriterScope();
+};
+
+// Writer states.
+enum WriterState : uint32_t {
+    kStateCreated = 1,
+    kStateProlog = 2,
+    kStateStartTagOpen = 3,
+    kStateAfterEndTag = 4,
+    kStateAfterText = 5,
+    kStateEnded = 6,
+    kStateFailed = 7,
+};
+
+// Result and error codes of the writer.
+enum WriterCode : int32_t {
+    kWriterOk = 0,
+    kWriterRefused = 1,
+    kErrBadOutput = 3,
+    kErrOpenFailed = 5,
+    kErrInvalidName = 6,
+    kErrSecondRoot = 7,
+    kErrEndTagMismatch = 8,
+    kErrElementStillOpen = 9,
+    kErrPrefixWithoutUri = 10,
+    kErrDuplicateNamespacedAttribute = 11,
+    kErrUnboundPrefix = 12,
+    kErrTextOutsideRoot = 13,
+    kErrRootNotDoctype = 14,
+    kErrDoctypeInFragment = 15,
+    kErrPendingPrefixRebound = 17,
+    kErrDuplicateAttribute = 18,
+    kErrUndeclaredPrefix = 19,
+    kErrCdataEnd = 21,
+    kErrMemory = 80,
+    kErrUnexpected = 99,
+};
+
+}  // namespace lumxml
+
+// The writer record (opaque to the host).
+struct SAXWriter {
+    uint32_t state = lumxml::kStateCreated;
+    uint32_t errorCode = 0;
+    XERCES_CPP_NAMESPACE::XMLFormatter* formatter = nullptr;
+    XERCES_CPP_NAMESPACE::XMLFormatTarget* target = nullptr;
+    lumxml::WriterScope* scope = nullptr;
+    lumxml::NamespaceBinding* bindings = nullptr;
+    lumxml::PendingItem* pending = nullptr;
+    lumxml::PendingItem* pendingTail = nullptr;
+    lumxml::NamespaceBinding* pendingBinding = nullptr;
+    lumxml::TextBuffer nameBuffer;
+    lumxml::XmlString scratch;
+    int32_t depth = 0;
+    uint32_t lastCommand = 0;
+    bool formatted = false;
+    bool strict = false;
+    bool fragment = false;
+    lumxml::TextBuffer message;
+
+    // Kept beside the documented fields:
+    lumxml::XMLMemOut* memory = nullptr;   // the target when it is host memory
+    WriterOptions* currentOptions = nullptr;  // the record of the command being run
+    uint32_t finalLength = 0;        // the host's length cell once the memory target is gone
+    void* closedBlock = nullptr;     // runtime-allocated block of the output just closed
+    WriterOptions* openOptions = nullptr;  // the record the message address was published to
+    const char* publishedMessage = nullptr;
+    std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
+
+    ~SAXWriter();
+};
+
+namespace lumxml {
+
+// ---- commands.cpp ------------------------------------------------------
+int32_t executeWriterCommand(SAXWriter* writer, int32_t command, WriterOptions* options,
+                             WriterArgs* args);
+
+// ---- output.cpp --------------------------------------------------------
+// Writing through the formatter; all do nothing when no output is open.
+void put(SAXWriter& w, const MarkupPiece& piece);
+void putUnits(SAXWriter& w, const XMLCh* text, XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags);
+// Transcodes a host text into the writer's scratch and writes it.
+void putHost(SAXWriter& w, const char* text,
+             XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags =
+                 XERCES_CPP_NAMESPACE::XMLFormatter::NoEscapes);
+void putHost(SAXWriter& w, const std::string& text,
+             XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags =
+                 XERCES_CPP_NAMESPACE::XMLFormatter::NoEscapes);
+void indent(SAXWriter& w);
+void lineFeedIfFormatted(SAXWriter& w);
+// The host text argument, null when it is null or empty.
+const char* textArgument(void* slot);
+// Stores a message text, keeping the address the host reads valid.
+void setMessage(SAXWriter& w, const char* text);
+void setMessage(SAXWriter& w, const std::string& text);
+void setError(SAXWriter& w, int32_t code);
+
+void openOutput(SAXWriter& w, WriterOptions* options);              // 21
+void endDocument(SAXWriter& w, WriterOptions* options);             // 22
+void restartMemoryOutput(SAXWriter& w, WriterOptions* options);     // 12
+void discardUnreachableMemory(SAXWriter& w);
+void deleteOutput(SAXWriter& w);
+void writeCharacters(SAXWriter& w, const char* text);              // 25
+void writeRaw(SAXWriter& w, const char* text);                     // 30
+void writeComment(SAXWriter& w, const char* text);                 // 28
+void writeProcessingInstruction(SAXWriter& w, const char* target, const char* data);  // 29
+void writeDoctype(SAXWriter& w, const char* name, const char* first, const char* second);  // 31
+void writeEntityReference(SAXWriter& w, const char* name);         // 32
+void writeCdata(SAXWriter& w, const char* text);                   // 33
+// Strict QName / Name checks of a host text.
+bool isValidQName(SAXWriter& w, const char* name);
+bool isValidName(SAXWriter& w, const char* name);
+
+// ---- elements.cpp ------------------------------------------------------
+void completeStartTag(SAXWriter& w, uint32_t command);
+void startElement(SAXWriter& w, const char* qName, const char* uri, const SaxAttrList* attributes);
+void addAttribute(SAXWriter& w, const char* qName, const char* value, const char* uri);  // 10
+void declareNamespace(SAXWriter& w, const char* uri, const char* prefix);              // 11
+void endElement(SAXWriter& w, const char* qName, const char* uri);                     // 24
+void clearPending(SAXWriter& w);
+void dropBindings(SAXWriter& w, int32_t depth);
+void freeBindings(SAXWriter& w);
+
+}  // namespace lumxml

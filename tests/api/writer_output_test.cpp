@@ -1,0 +1,392 @@
+// The writer's output side as a host drives it: opening each kind of
+// output, the XML declaration, the text commands and closing.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "host_test.h"
+#include "lumxml.h"
+#include "writer_host.h"
+
+using lumtest::HostWriter;
+
+namespace {
+
+class WriterOutput : public ::testing::Test {
+protected:
+    void SetUp() override { lumtest::initLibraryOnce(); }
+};
+
+// ---- The XML declaration ---------------------------------------------------
+
+TEST_F(WriterOutput, BareDeclarationWithNoVersionAndNoEncoding) {
+    HostWriter w;
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.state(), 2);
+    EXPECT_EQ(w.memory(), "<?xml?>");
+}
+
+TEST_F(WriterOutput, DeclarationWithTheEncodingAlone) {
+    HostWriter w;
+    w.options.encoding = "UTF-8";
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(), "<?xml encoding=\"UTF-8\"?>");
+}
+
+TEST_F(WriterOutput, DeclarationWithVersionEncodingAndStandalone) {
+    HostWriter w;
+    w.options.version = "1.0";
+    w.options.encoding = "ISO-8859-1";
+    w.options.standalone = 1;
+    w.options.formatted = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(),
+              "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone=\"yes\"?>\n");
+}
+
+TEST_F(WriterOutput, StandaloneOtherThanOneIsNo) {
+    HostWriter w;
+    w.options.version = "1.0";
+    w.options.standalone = 7;
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(), "<?xml version=\"1.0\" standalone=\"no\"?>");
+}
+
+TEST_F(WriterOutput, EmptyVersionAndEncodingCountAsAbsent) {
+    HostWriter w;
+    w.options.version = "";
+    w.options.encoding = "";
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(), "<?xml?>");
+}
+
+TEST_F(WriterOutput, FragmentModeWritesNoDeclaration) {
+    HostWriter w;
+    w.options.fragment = 1;
+    w.options.version = "1.0";
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(), "");
+}
+
+// ---- Output kinds ----------------------------------------------------------
+
+TEST_F(WriterOutput, StreamKindCollectsTheSameBytesAsMemory) {
+    HostWriter memory, stream;
+    for (HostWriter* w : {&memory, &stream}) {
+        w->options.version = "1.0";
+        ASSERT_EQ(w == &memory ? w->openMemory() : w->openStream(), 0);
+        EXPECT_EQ(w->run(23, "r"), 0);
+        EXPECT_EQ(w->run(25, "a<b"), 0);
+        EXPECT_EQ(w->run(24, "r"), 0);
+    }
+    std::string fromMemory = memory.memory();
+    ASSERT_EQ(memory.run(22), 0);
+    ASSERT_EQ(stream.run(22), 0);
+    EXPECT_EQ(fromMemory, "<?xml version=\"1.0\"?><r>a&lt;b</r>");
+    EXPECT_EQ(stream.stream(), fromMemory);
+}
+
+TEST_F(WriterOutput, StreamKindWithoutCallbackIsRefusedWith3) {
+    HostWriter w;
+    w.options.outputKind = 3;
+    EXPECT_EQ(w.run(21), 3);
+    EXPECT_EQ(w.state(), 7);
+}
+
+TEST_F(WriterOutput, FileKindWithEightBitName) {
+    lumtest::TempDir dir;
+    std::string path = dir.file("w.xml");
+    {
+        HostWriter w;
+        w.options.outputKind = 1;
+        w.options.fileName = path.c_str();
+        w.options.fragment = 1;
+        ASSERT_EQ(w.run(21), 0);
+        EXPECT_EQ(w.run(26, "e"), 0);
+        EXPECT_EQ(w.run(22), 0);
+    }
+    EXPECT_EQ(lumtest::readFile(path), "<e/>");
+}
+
+TEST_F(WriterOutput, FileKindPrefersTheUtf16Name) {
+    lumtest::TempDir dir;
+    std::string narrow = dir.file("narrow.xml");
+    std::u16string wide(dir.path().begin(), dir.path().end());
+    wide += u"/\u00e9l\u00e8ve.xml";
+    {
+        HostWriter w;
+        w.options.outputKind = 1;
+        w.options.fileName = narrow.c_str();
+        w.options.wideFileName = wide.c_str();
+        w.options.encoding = "UTF-16LE";
+        w.options.fragment = 1;
+        ASSERT_EQ(w.run(21), 0);
+        EXPECT_EQ(w.run(26, "e"), 0);
+        EXPECT_EQ(w.run(22), 0);
+    }
+    EXPECT_EQ(lumtest::readFile(dir.file("\xC3\xA9l\xC3\xA8ve.xml")),
+              std::string("\xFF\xFE<\0e\0/\0>\0", 10));
+    EXPECT_EQ(lumtest::readFile(narrow), "");
+}
+
+TEST_F(WriterOutput, FileKindNeedsTheEightBitNameEvenWithAUtf16Name) {
+    std::u16string wide = u"/tmp/lumxml-never-written.xml";
+    HostWriter w;
+    w.options.outputKind = 1;
+    w.options.wideFileName = wide.c_str();
+    EXPECT_EQ(w.run(21), 3);
+    EXPECT_EQ(w.state(), 7);
+}
+
+TEST_F(WriterOutput, FileThatCannotBeCreatedGives5AndState7) {
+    HostWriter w;
+    w.options.outputKind = 1;
+    w.options.fileName = "/nonexistent-lumxml-dir/out.xml";
+    EXPECT_EQ(w.run(21), 5);
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.run(23, "r"), 1);  // no formatter was made; nothing runs
+}
+
+TEST_F(WriterOutput, UnknownEncodingGives5) {
+    HostWriter w;
+    w.options.encoding = "no-such-encoding";
+    EXPECT_EQ(w.openMemory(), 5);
+    EXPECT_EQ(w.state(), 7);
+}
+
+TEST_F(WriterOutput, OutputKindsOtherThan1235AreRefusedWith3) {
+    for (int32_t kind : {0, 4, 6, -1, 99}) {
+        HostWriter w;
+        w.options.outputKind = kind;
+        EXPECT_EQ(w.run(21), 3) << kind;
+        EXPECT_EQ(w.state(), 7) << kind;
+    }
+}
+
+// ---- Encodings ---------------------------------------------------------------
+
+TEST_F(WriterOutput, Utf16MemoryWithMarkBeginsWithTheMarkThenTheDeclaration) {
+    HostWriter w;
+    w.options.encoding = "utf-16";
+    ASSERT_EQ(w.openMemory(2), 0);
+    const std::string expected("\xFF\xFE<\0?\0x\0m\0l\0 \0e\0n\0c\0o\0d\0i\0n\0g\0=\0\"\0"
+                               "u\0t\0f\0-\0\x31\0\x36\0\"\0?\0>\0",
+                               52);
+    EXPECT_EQ(w.memory(), expected);
+}
+
+TEST_F(WriterOutput, Utf16MemoryWithoutMarkKind5) {
+    HostWriter w;
+    w.options.encoding = "UTF-16LE";
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(5), 0);
+    ASSERT_EQ(w.run(26, "a"), 0);
+    ASSERT_EQ(w.run(1), 0);  // completes the tag
+    EXPECT_EQ(w.memory(), std::string("<\0a\0/\0>\0", 8));
+}
+
+TEST_F(WriterOutput, Iso88591WritesCharactersOutsideItAsReferences) {
+    HostWriter w;
+    w.options.encoding = "ISO-8859-1";
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    w.run(25, "\xC3\xA9 \xE2\x82\xAC");  // e-acute, a blank, the euro sign
+    w.run(24, "r");
+    EXPECT_EQ(w.memory(), "<?xml encoding=\"ISO-8859-1\"?><r>\xE9 &#x20AC;</r>");
+}
+
+TEST_F(WriterOutput, Utf8KeepsEveryCharacter) {
+    HostWriter w;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(25, "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(w.memory(), "\xC3\xA9\xE2\x82\xAC");
+}
+
+// ---- Text commands -----------------------------------------------------------
+
+class TextCommands : public WriterOutput {
+protected:
+    void SetUp() override {
+        WriterOutput::SetUp();
+        w.options.fragment = 1;
+        ASSERT_EQ(w.openMemory(), 0);
+    }
+    HostWriter w;
+};
+
+TEST_F(TextCommands, CharactersEscapeMarkup) {
+    EXPECT_EQ(w.run(25, "<a & 'b' \"c\">"), 0);
+    EXPECT_EQ(w.memory(), "&lt;a &amp; &apos;b&apos; &quot;c&quot;&gt;");
+    EXPECT_EQ(w.state(), 5);
+}
+
+TEST_F(TextCommands, RawTextIsWrittenAsItIs) {
+    EXPECT_EQ(w.run(30, "<x>&amp;</x>"), 0);
+    EXPECT_EQ(w.memory(), "<x>&amp;</x>");
+    EXPECT_EQ(w.state(), 5);
+}
+
+TEST_F(TextCommands, CommentTextIsNotExamined) {
+    EXPECT_EQ(w.run(28, "a -- b"), 0);
+    EXPECT_EQ(w.memory(), "<!-- a -- b -->");
+    EXPECT_EQ(w.state(), 2);
+}
+
+TEST_F(TextCommands, ProcessingInstructionWithAndWithoutData) {
+    EXPECT_EQ(w.run(29, "app", "x<y"), 0);
+    EXPECT_EQ(w.run(29, "app"), 0);
+    EXPECT_EQ(w.memory(), "<?app x<y?><?app ?>");
+}
+
+TEST_F(TextCommands, EntityReference) {
+    EXPECT_EQ(w.run(32, "amp"), 0);
+    EXPECT_EQ(w.memory(), "&amp;");
+}
+
+TEST_F(TextCommands, CdataSection) {
+    EXPECT_EQ(w.run(33, "a<b&c"), 0);
+    EXPECT_EQ(w.memory(), "<![CDATA[a<b&c]]>");
+}
+
+TEST_F(TextCommands, EmptyTextIsLikeNull) {
+    EXPECT_EQ(w.run(25, ""), 0);
+    EXPECT_EQ(w.run(30, ""), 0);
+    EXPECT_EQ(w.memory(), "");
+}
+
+TEST_F(WriterOutput, DoctypeWithOnlyASystemIdentifier) {
+    HostWriter w;
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.run(31, "r", "r.dtd"), 0);
+    EXPECT_EQ(w.memory(), "<?xml?><!DOCTYPE r SYSTEM \"r.dtd\">");
+}
+
+TEST_F(WriterOutput, DoctypeWithTwoIdentifiersIsPublicFirst) {
+    HostWriter w;
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.run(31, "r", "-//L//DTD R//EN", "r.dtd"), 0);
+    EXPECT_EQ(w.memory(), "<?xml?><!DOCTYPE r PUBLIC \"-//L//DTD R//EN\" \"r.dtd\">");
+}
+
+TEST_F(WriterOutput, DoctypeOutsideThePrologIsRefused) {
+    HostWriter w;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    EXPECT_EQ(w.run(31, "r", "r.dtd"), 1);
+    w.run(24, "r");
+    EXPECT_EQ(w.memory(), "<?xml?><r></r>");
+}
+
+TEST_F(WriterOutput, CdataContainingItsEndGives21WithTheFixedMessage) {
+    HostWriter w;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    EXPECT_EQ(w.run(33, "a]]>b"), 21);
+    EXPECT_EQ(w.message(), "The sequence ']]>' is not allowed in character data");
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.options.memoryBuffer, nullptr);
+    EXPECT_EQ(w.options.memoryLength, nullptr);
+}
+
+TEST_F(WriterOutput, CharactersAfterAStartTagStayOnItsLineInFormattedMode) {
+    HostWriter w;
+    w.options.formatted = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    w.run(23, "a");
+    w.run(25, "text");
+    w.run(24, "a");
+    w.run(24, "r");
+    EXPECT_EQ(w.memory(), "<?xml?>\n<r>\n  <a>text</a>\n</r>\n");
+}
+
+TEST_F(WriterOutput, FormattedCommentsPisAndCdataAreIndented) {
+    HostWriter w;
+    w.options.formatted = 1;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    w.run(28, "c");
+    w.run(29, "p", "d");
+    w.run(33, "x");
+    w.run(24, "r");
+    EXPECT_EQ(w.memory(), "<r>\n  <!-- c -->\n  <?p d?>\n  <![CDATA[x]]>\n</r>\n");
+}
+
+// ---- Ending the document -------------------------------------------------------
+
+TEST_F(WriterOutput, EndOfDocumentLeavesTheHostALengthToRead) {
+    HostWriter w;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(26, "e");
+    ASSERT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.state(), 6);
+    // The target is gone; the length cell the host reads is the writer's.
+    ASSERT_NE(w.options.memoryLength, nullptr);
+    EXPECT_EQ(*w.options.memoryLength, 4u);
+    EXPECT_EQ(w.memory(), "<e/>");
+}
+
+TEST_F(WriterOutput, TextCommandsAfterTheEndAreRefusedAndWriteNothing) {
+    HostWriter w;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(26, "e");
+    ASSERT_EQ(w.run(22), 0);
+    for (int32_t command : {23, 24, 25, 26, 27, 28, 29, 30, 32, 33})
+        EXPECT_EQ(w.run(command, "x", "y"), 1) << command;
+    EXPECT_EQ(w.memory(), "<e/>");
+    EXPECT_EQ(w.state(), 6);
+}
+
+TEST_F(WriterOutput, ReopeningAfterTheEndStartsAFreshDocument) {
+    HostWriter w;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(26, "a");
+    ASSERT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.memory(), "<a/>");
+    w.freeBlock();
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(26, "b");
+    ASSERT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.memory(), "<b/>");
+}
+
+// ---- Restarting memory output ----------------------------------------------------
+
+TEST_F(WriterOutput, RestartCarriesTheOldTextIntoANewBlock) {
+    HostWriter w;
+    w.options.fragment = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "r");
+    w.run(25, "one");
+    // The host terminates its copy of the text and keeps the old block.
+    std::string before = w.memory();
+    void* oldBlock = w.options.memoryBuffer;
+    static_cast<char*>(oldBlock)[*w.options.memoryLength] = '\0';
+    ASSERT_EQ(w.run(12), 0);
+    EXPECT_NE(w.options.memoryBuffer, oldBlock);
+    std::free(oldBlock);
+    EXPECT_EQ(w.memory(), "<r>one");
+    EXPECT_EQ(before, "<r>one");
+    w.run(25, " & two");
+    w.run(24, "r");
+    EXPECT_EQ(w.memory(), "<r>one &amp; two</r>");
+    EXPECT_EQ(w.state(), 4);
+}
+
+TEST_F(WriterOutput, RestartWritesTheMarkUnlessKind5AndNoDeclaration) {
+    HostWriter w;
+    w.options.encoding = "UTF-16LE";
+    ASSERT_EQ(w.openMemory(2), 0);
+    void* oldBlock = w.options.memoryBuffer;
+    w.options.memoryLength = nullptr;  // no earlier text to carry over
+    ASSERT_EQ(w.run(12), 0);
+    std::free(oldBlock);
+    EXPECT_EQ(w.memory(), "\xFF\xFE");
+}
+
+}  // namespace
