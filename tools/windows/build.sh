@@ -91,7 +91,10 @@ EOF
 debian_source() {
   local package=$1 version=$2
   mkdir -p "$WORK/sources"
-  (cd "$WORK/sources" && apt-get source --download-only -qq "$package" >/dev/null 2>&1)
+  if ! (cd "$WORK/sources" && apt-get source --download-only -qq "$package" >/dev/null 2>&1); then
+    echo "apt-get source $package failed" >&2
+    exit 1
+  fi
   local dsc
   dsc=$(ls "$WORK/sources/${package}_${version}"*.dsc 2>/dev/null | head -n1 || true)
   if [[ -z "$dsc" ]]; then
@@ -100,7 +103,11 @@ debian_source() {
   fi
   local folder=$WORK/sources/$package-$version
   rm -rf "$folder"
-  dpkg-source --no-check -x "$dsc" "$folder" >/dev/null
+  # apt has checked the files against the signed archive index already.
+  if ! dpkg-source --no-check -x "$dsc" "$folder" >/dev/null 2>&1; then
+    echo "dpkg-source could not unpack $dsc" >&2
+    exit 1
+  fi
   echo "$folder"
 }
 
