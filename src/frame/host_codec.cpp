@@ -145,8 +145,22 @@ int32_t convertToHost(const XMLCh* text, size_t length, char* out, int32_t capac
     int32_t produced = 0;
     UConverter* converter = threadConverter.get();
     if (converter == nullptr) {
-        u_strToUTF8WithSub(out, capacity, &produced, reinterpret_cast<const UChar*>(text),
-                           static_cast<int32_t>(length), 0xFFFD, nullptr, &status);
+        // Most markup and text is ASCII: copy that run directly and leave
+        // ICU only what follows the first other character.
+        size_t ascii = 0;
+        size_t room = capacity > 0 ? static_cast<size_t>(capacity) - 1 : 0;
+        while (ascii < length && ascii < room && text[ascii] < 0x80) {
+            out[ascii] = static_cast<char>(text[ascii]);
+            ++ascii;
+        }
+        if (ascii == length) {
+            out[ascii] = '\0';
+            return static_cast<int32_t>(ascii);
+        }
+        u_strToUTF8WithSub(out + ascii, capacity - static_cast<int32_t>(ascii), &produced,
+                           reinterpret_cast<const UChar*>(text + ascii),
+                           static_cast<int32_t>(length - ascii), 0xFFFD, nullptr, &status);
+        produced += static_cast<int32_t>(ascii);
     } else {
         ucnv_resetFromUnicode(converter);
         produced = ucnv_fromUChars(converter, out, capacity,

@@ -81,16 +81,28 @@ NamespaceBinding* newestWithPrefix(SAXWriter& w, const std::string& prefix) {
     return nullptr;
 }
 
+// A prefixed binding that a newer binding of the same prefix hides. Its
+// prefix no longer stands for its URI, so writing a name with it would put
+// the name in the newer binding's namespace: a search by URI passes over it.
+bool isShadowed(SAXWriter& w, const NamespaceBinding* binding) {
+    if (!binding->prefix) return false;
+    return newestWithPrefix(w, *binding->prefix) != binding;
+}
+
+// The newest binding of `uri` whose prefix still means it.
+NamespaceBinding* newestInScopeWithUri(SAXWriter& w, const Text& uri) {
+    for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next)
+        if (same(b->uri, uri) && !isShadowed(w, b)) return b;
+    return nullptr;
+}
+
 // The lookup used when tags are written and when elements end.
 NamespaceBinding* lookup(SAXWriter& w, const Text& prefix, const Text& uri) {
     if (prefix) {
         NamespaceBinding* b = newestWithPrefix(w, *prefix);
         return (b != nullptr && (!uri || same(b->uri, uri))) ? b : nullptr;
     }
-    if (uri) {
-        for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next)
-            if (same(b->uri, uri)) return b;
-    }
+    if (uri) return newestInScopeWithUri(w, uri);
     return nullptr;
 }
 
@@ -106,12 +118,12 @@ NamespaceBinding* resolveElement(SAXWriter& w, const Text& prefix, const Text& u
         return pushPendingBinding(w, prefix, uri);
     }
     // Only a URI: the first binding of it, if it has a prefix or is the
-    // newest one; else a default namespace for this element.
-    for (NamespaceBinding* b = w.bindings; b != nullptr; b = b->next) {
-        if (!same(b->uri, uri)) continue;
-        if (b->prefix || b == w.bindings) return b;
-        break;
-    }
+    // newest one; else a default namespace for this element. A prefix that
+    // an inner element rebound to another URI is passed over (see
+    // isShadowed): taking it would write the element into that other
+    // namespace.
+    NamespaceBinding* b = newestInScopeWithUri(w, uri);
+    if (b != nullptr && (b->prefix || b == w.bindings)) return b;
     return pushPendingBinding(w, nullptr, uri);
 }
 
@@ -232,9 +244,18 @@ void writeElementName(SAXWriter& w, const PendingItem& element) {
         putHost(w, element.local);
         return;
     }
-    NamespaceBinding* binding = lookup(w, element.prefix, element.uri);
+    // An element given by its URI alone is looked up by that URI alone, as
+    // its end tag will be: the start tag's own declarations may have given
+    // the URI a newer binding than the one found when the element started
+    // (xmlns:a for an attribute, with the element's URI), and start and end
+    // tag must be written with the same prefix. The end tag is checked
+    // against the binding written here.
+    NamespaceBinding* binding = element.prefixFromBinding ? lookup(w, Text(), element.uri)
+                                                          : lookup(w, element.prefix, element.uri);
     if (binding != nullptr) {
         putPrefixed(w, binding->prefix, element.local);
+        if (w.strict && w.scope != nullptr && w.scope->open != nullptr)
+            w.scope->open->binding = binding;
         return;
     }
     putHost(w, element.local);
@@ -378,6 +399,7 @@ void startElement(SAXWriter& w, const char* qName, const char* uri, const SaxAtt
     NamespaceBinding* binding = resolveElement(w, name.prefix, namespaceUri);
 
     PendingItem* element = new PendingItem;
+    element->prefixFromBinding = binding != nullptr && !name.prefix;
     element->prefix = binding != nullptr ? copyOf(binding->prefix) : std::move(name.prefix);
     element->local = std::move(name.local);
     element->uri = binding != nullptr ? copyOf(binding->uri) : std::move(namespaceUri);

@@ -21,6 +21,7 @@
 namespace lumxml {
 
 class XMLMemOut;
+class Utf8Escaper;
 
 // A namespace binding in scope: made at the writer's depth of the element
 // that needed or declared it, dropped when that element ends.
@@ -41,6 +42,9 @@ struct PendingItem {
     // the same namespace (strict duplicate bookkeeping).
     PendingItem* link = nullptr;
     PendingItem* next = nullptr;
+    // The element only: the host gave a URI alone, and `prefix` is the one
+    // of the binding found for it when the element started.
+    bool prefixFromBinding = false;
 };
 
 // An open element (strict mode only).
@@ -125,6 +129,10 @@ struct SAXWriter {
     WriterOptions* openOptions = nullptr;  // the record the message address was published to
     const char* publishedMessage = nullptr;
     std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
+    // UTF-8 output is encoded and escaped by the writer itself, into these
+    // bytes, with exactly the formatter's result (writer/utf8_escaper.h).
+    const lumxml::Utf8Escaper* utf8Direct = nullptr;
+    std::string directBytes;
 
     ~SAXWriter();
 };

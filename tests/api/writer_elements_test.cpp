@@ -64,6 +64,45 @@ TEST_F(WriterElements, KnownPrefixWithAnotherUriIsReboundInside) {
     EXPECT_EQ(w.memory(), "<p:a xmlns:p=\"urn:1\"><p:b xmlns:p=\"urn:2\"/></p:a>");
 }
 
+// A prefix rebound by an inner element no longer stands for its old URI:
+// an element given that old URI alone gets a default declaration instead
+// of the hidden prefix (which would put it in the inner namespace).
+TEST_F(WriterElements, UriOnlyElementPassesOverAPrefixReboundInside) {
+    open(true);
+    EXPECT_EQ(w.run(23, "q:r", "urn:a"), 0);
+    EXPECT_EQ(w.run(23, "q:s", "urn:b"), 0);
+    EXPECT_EQ(w.run(26, "a", "urn:a"), 0);
+    EXPECT_EQ(w.run(24, "q:s", "urn:b"), 0);
+    EXPECT_EQ(w.run(24, "q:r", "urn:a"), 0);
+    EXPECT_EQ(w.memory(),
+              "<q:r xmlns:q=\"urn:a\"><q:s xmlns:q=\"urn:b\"><a xmlns=\"urn:a\"/></q:s></q:r>");
+}
+
+// An element given by its URI alone whose start tag declares another
+// prefix for that URI (for an attribute): start and end tag carry the same
+// prefix, and strict mode accepts the end tag.
+TEST_F(WriterElements, UriOnlyElementRedeclaredForAnAttributeKeepsOneName) {
+    open(true);
+    EXPECT_EQ(w.run(23, "q:r", "urn:b"), 0);
+    EXPECT_EQ(w.run(23, "n", "urn:b"), 0);
+    EXPECT_EQ(w.run(11, "urn:b", "a2"), 0);
+    EXPECT_EQ(w.run(10, "a2:x", "v", "urn:b"), 0);
+    EXPECT_EQ(w.run(24, "n", "urn:b"), 0);
+    EXPECT_EQ(w.run(24, "q:r", "urn:b"), 0);
+    EXPECT_EQ(w.memory(),
+              "<q:r xmlns:q=\"urn:b\"><a2:n xmlns:a2=\"urn:b\" a2:x=\"v\"></a2:n></q:r>");
+}
+
+TEST_F(WriterElements, UriOnlyDefaultElementRedeclaredForAnAttributeIsAccepted) {
+    open(true);
+    EXPECT_EQ(w.run(23, "e", "urn:a"), 0);
+    EXPECT_EQ(w.run(11, "urn:a", "a1"), 0);
+    EXPECT_EQ(w.run(10, "a1:x", "v", "urn:a"), 0);
+    EXPECT_EQ(w.run(24, "e", "urn:a"), 0);
+    EXPECT_EQ(w.memory(),
+              "<a1:e xmlns=\"urn:a\" xmlns:a1=\"urn:a\" a1:x=\"v\"></a1:e>");
+}
+
 TEST_F(WriterElements, BindingsEndWithTheirElement) {
     open();
     w.run(23, "r");

@@ -39,5 +39,8 @@ bool initialise(HostLibrary& library, const std::string& codePage);
 // The subcommands.
 int runInfo(HostLibrary& library, const Arguments& arguments);
 int runWrite(HostLibrary& library, const Arguments& arguments);
+int runLoad(HostLibrary& library, const Arguments& arguments);
+int runSax(HostLibrary& library, const Arguments& arguments);
+int runSave(HostLibrary& library, const Arguments& arguments);
 
 }  // namespace host

@@ -1,0 +1,41 @@
+#include "dom/doc_user_data.h"
+
+#include "frame/library_state.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+// A host that started the library with a non-zero error code gets no key;
+// Xerces compares keys by their text, so the same text serves instead.
+const XMLCh* key() {
+    const XMLCh* made = userDataKey();
+    return made != nullptr ? made : u"udatakey";
+}
+
+}  // namespace
+
+DocUserData* userDataOf(const DOMNode* node) {
+    return static_cast<DocUserData*>(node->getUserData(key()));
+}
+
+DocUserData* detachUserData(DOMNode* node) {
+    DocUserData* record = userDataOf(node);
+    node->setUserData(key(), nullptr, nullptr);
+    return record;
+}
+
+void attachUserData(DOMNode* node, DocUserData* record) {
+    node->setUserData(key(), record, nullptr);
+}
+
+DOMDocument* replaceDocument(DOMDocument* from, DOMDocument* to) {
+    DocUserData* record = detachUserData(asNode(from));
+    asNode(from)->release();
+    attachUserData(asNode(to), record);
+    return to;
+}
+
+}  // namespace lumxml

@@ -1,0 +1,274 @@
+#include "dom/document_methods.h"
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/dom/DOMImplementation.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include "dom/child_cursor.h"
+#include "dom/doc_user_data.h"
+#include "dom/method_call.h"
+#include "dom/node_methods.h"
+#include "frame/dom_errors.h"
+#include "frame/host_codec.h"
+#include "frame/library_state.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+// What a DOMException in a method means to the host.
+enum class DomErrors {
+    Translated,  // the fixed DOM message, code 6
+    Unexpected,  // "Unexpected exception", code 13
+    Forwarded,   // the node method reports for itself
+};
+
+struct DocumentCall {
+    DOMDocument* document;
+    int32_t method;
+    void** args;
+    void* result;
+    MethodCall& call;
+    ErrorReport& report;
+    // Set by method 1 for its type 3, whose DOM errors are unexpected.
+    DomErrors domErrors;
+};
+
+using DocumentRun = void (*)(DocumentCall& c);
+
+struct DocumentMethod {
+    DocumentRun run;
+    DomErrors domErrors;
+    bool changesTree;
+};
+
+DOMDocument& the(DOMDocument* document) {
+    if (document == nullptr) throw MissingHostValue("null document handle");
+    return *document;
+}
+
+// ---- refusals ----------------------------------------------------------------
+
+void notValidOnDocument(DocumentCall& c) {
+    c.report.fixed("Method not valid on X-Document", -1);
+}
+
+void deprecated(DocumentCall& c) {
+    c.report.fixed("This method is deprecated. Please use CREATE-NODE-NAMESPACE", -1);
+}
+
+// ---- forwarded to the node dispatcher, with the document's node interface --
+
+void forwardToNode(DocumentCall& c) {
+    nodeExecute(asNode(&the(c.document)), c.method, c.args, c.result, c.report);
+}
+
+// ---- document methods ------------------------------------------------------
+
+constexpr XMLCh kEmpty[] = {0};
+
+DOMNode* createNodeOfType(DOMDocument& document, int32_t type, const XMLCh* name,
+                          DocumentCall& c, bool& supported) {
+    // Element and attribute names are checked by Xerces; a null name counts
+    // as the empty one, which it refuses as an invalid character.
+    const XMLCh* given = name != nullptr ? name : kEmpty;
+    switch (type) {
+    case -1: return nullptr;
+    case DOMNode::ELEMENT_NODE:
+        if (given[0] == 0) throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);
+        return document.createElement(given);
+    case DOMNode::ATTRIBUTE_NODE:
+        if (given[0] == 0) throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);
+        return document.createAttribute(given);
+    case DOMNode::TEXT_NODE:
+        c.domErrors = DomErrors::Unexpected;
+        return document.createTextNode(kEmpty);
+    case DOMNode::CDATA_SECTION_NODE: return document.createCDATASection(kEmpty);
+    case DOMNode::ENTITY_REFERENCE_NODE: return document.createEntityReference(given);
+    case DOMNode::ENTITY_NODE: return document.createEntity(given);
+    case DOMNode::PROCESSING_INSTRUCTION_NODE:
+        return document.createProcessingInstruction(given, kEmpty);
+    case DOMNode::COMMENT_NODE: return document.createComment(kEmpty);
+    case DOMNode::DOCUMENT_TYPE_NODE: return document.createDocumentType(given);
+    case DOMNode::DOCUMENT_FRAGMENT_NODE: return document.createDocumentFragment();
+    case DOMNode::NOTATION_NODE: return document.createNotation(given);
+    default: supported = false; return nullptr;
+    }
+}
+
+// The new node's address is written only while the host's code is 0.
+void createNode(DocumentCall& c) {
+    XmlString name(c.call.stringArg(0));
+    int32_t type = c.call.intArg(1);
+    bool supported = true;
+    DOMNode* made = createNodeOfType(the(c.document), type, name, c, supported);
+    if (!supported) {
+        c.report.fixed("Not supported", -1);
+        return;
+    }
+    if (c.report.code() == 0) c.call.writeNode(made);
+}
+
+void documentElement(DocumentCall& c) {
+    DOMElement* element = the(c.document).getDocumentElement();
+    c.call.writeNode(element);
+}
+
+void childByIndex(DocumentCall& c) {
+    int64_t index = c.call.intArg(0);
+    const DOMNode* node = asNode(&the(c.document));
+    DOMNode* child = index < 0 ? nullptr : childAt(node, static_cast<uint64_t>(index));
+    if (child == nullptr) {
+        c.report.fixed("Invalid child index", 5);
+        c.call.writeNode(nullptr);
+        return;
+    }
+    c.call.writeNode(child);
+}
+
+void importNode(DocumentCall& c) {
+    DOMNode* node = c.call.nodeArg(0);
+    bool deep = c.call.intArg(1) != 0;
+    if (node == nullptr) throw MissingHostValue("no node to import");
+    c.call.writeNode(the(c.document).importNode(node, deep));
+}
+
+void createNodeNS(DocumentCall& c) {
+    XmlString namespaceURI(c.call.stringArg(0));
+    XmlString qualifiedName(c.call.stringArg(1));
+    int32_t type = c.call.intArg(2);
+    switch (type) {
+    case -1: return;
+    case DOMNode::ELEMENT_NODE:
+        c.call.writeNode(the(c.document).createElementNS(namespaceURI, qualifiedName));
+        return;
+    case DOMNode::ATTRIBUTE_NODE:
+        c.call.writeNode(the(c.document).createAttributeNS(namespaceURI, qualifiedName));
+        return;
+    default: c.report.fixed("Method not valid on the Node type", 7);
+    }
+}
+
+// A new document with a document type replaces this one behind the host
+// object: the host record moves to it and this one is released. The host
+// must put the new address in its document cell.
+void newDocumentWithType(DocumentCall& c) {
+    c.call.writeDocument(nullptr);
+    XmlString namespaceURI(c.call.stringArg(0));
+    XmlString qualifiedName(c.call.stringArg(1));
+    XmlString publicId(c.call.stringArg(2));
+    XmlString systemId(c.call.stringArg(3));
+    DOMImplementation* implementation = the(c.document).getImplementation();
+    DOMDocumentType* type =
+        implementation->createDocumentType(qualifiedName, publicId, systemId);
+    DOMDocument* made = nullptr;
+    try {
+        made = implementation->createDocument(namespaceURI, qualifiedName, type,
+                                              XMLPlatformUtils::fgMemoryManager);
+    } catch (...) {
+        type->release();
+        throw;
+    }
+    c.call.writeDocument(replaceDocument(c.document, made));
+}
+
+void documentTypeId(DocumentCall& c, bool systemId) {
+    c.call.writeEmptyString();
+    uint32_t limit = static_cast<uint32_t>(c.call.intArg(0));
+    DOMDocumentType* type = the(c.document).getDoctype();
+    if (type == nullptr) return;
+    c.call.stringOut(systemId ? type->getSystemId() : type->getPublicId(), limit);
+}
+
+void publicIdOfType(DocumentCall& c) { documentTypeId(c, false); }
+void systemIdOfType(DocumentCall& c) { documentTypeId(c, true); }
+
+// ---- the table ---------------------------------------------------------------
+
+constexpr bool kChanges = true;
+constexpr bool kReads = false;
+constexpr DomErrors kTranslated = DomErrors::Translated;
+constexpr DomErrors kUnexpected = DomErrors::Unexpected;
+constexpr DomErrors kForwarded = DomErrors::Forwarded;
+
+const DocumentMethod kDocumentMethods[kHighestDocumentMethod] = {
+    /* 1 */ {createNode, kTranslated, kChanges},
+    /* 2 */ {forwardToNode, kForwarded, kReads},
+    /* 3 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 4 */ {documentElement, kUnexpected, kReads},
+    /* 5 */ {forwardToNode, kForwarded, kReads},
+    /* 6 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 7 */ {forwardToNode, kForwarded, kReads},
+    /* 8 */ {childByIndex, kUnexpected, kReads},
+    /* 9 */ {forwardToNode, kForwarded, kReads},
+    /* 10 */ {forwardToNode, kForwarded, kReads},
+    /* 11 */ {forwardToNode, kForwarded, kReads},
+    /* 12 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 13 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 14 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 15 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 16 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 17 */ {forwardToNode, kForwarded, kReads},
+    /* 18 */ {forwardToNode, kForwarded, kReads},
+    /* 19 */ {forwardToNode, kForwarded, kReads},
+    /* 20 */ {forwardToNode, kForwarded, kReads},
+    /* 21 */ {forwardToNode, kForwarded, kReads},
+    /* 22 */ {importNode, kUnexpected, kChanges},
+    /* 23 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 24 */ {deprecated, kUnexpected, kReads},
+    /* 25 */ {deprecated, kUnexpected, kReads},
+    /* 26 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 27 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 28 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 29 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 30 */ {createNodeNS, kTranslated, kChanges},
+    /* 31 */ {newDocumentWithType, kTranslated, kChanges},
+    /* 32 */ {publicIdOfType, kUnexpected, kReads},
+    /* 33 */ {systemIdOfType, kUnexpected, kReads},
+    /* 34 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 35 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 36 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 37 */ {notValidOnDocument, kUnexpected, kReads},
+    /* 38 */ {notValidOnDocument, kUnexpected, kReads},
+};
+
+struct TreeChangeNote {
+    bool active;
+    ~TreeChangeNote() {
+        if (active) noteTreeChange();
+    }
+};
+
+}  // namespace
+
+void documentExecute(DOMDocument* document, int32_t method, void** args, void* result,
+                     ErrorReport& report) {
+    if (!isInitialised()) {
+        report.fixed("XML Parser not initialized", 2);
+        return;
+    }
+    // Code 4 here, where the node dispatcher answers the same text with
+    // code 3: hosts tell the two apart by it.
+    if (static_cast<uint32_t>(method) - 1 > kHighestDocumentMethod - 1) {
+        report.fixed("Invalid method number", 4);
+        return;
+    }
+    const DocumentMethod& entry = kDocumentMethods[method - 1];
+    MethodCall call(args, result, report);
+    DocumentCall c{document, method, args, result, call, report, entry.domErrors};
+    TreeChangeNote note{entry.changesTree};
+    try {
+        entry.run(c);
+    } catch (const DOMException& e) {
+        if (c.domErrors == DomErrors::Translated)
+            reportDomError(e, report);
+        else
+            report.formatted(13, "Unexpected exception");
+    }
+}
+
+}  // namespace lumxml

@@ -1,0 +1,428 @@
+#include "dom/node_methods.h"
+
+#include <cstring>
+#include <string>
+
+#include <xercesc/dom/DOMAttr.hpp>
+#include <xercesc/dom/DOMDocument.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/dom/DOMNamedNodeMap.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+#include "dom/child_cursor.h"
+#include "dom/doc_user_data.h"
+#include "dom/method_call.h"
+#include "frame/dom_errors.h"
+#include "frame/host_codec.h"
+#include "frame/library_state.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+using NodeRun = void (*)(DOMNode* node, MethodCall& call);
+
+struct NodeMethod {
+    NodeRun run;
+    // A DOMException is translated (code 6) only by these methods; in the
+    // others it is an unexpected failure (code 13).
+    bool translatesDomErrors;
+    // Whether the method can change a child list (or release nodes).
+    bool changesTree;
+};
+
+// ---- helpers ---------------------------------------------------------------
+
+DOMNode& the(DOMNode* node) {
+    if (node == nullptr) throw MissingHostValue("null node handle");
+    return *node;
+}
+
+// The node as an element, or null after refusing with "Invalid node type".
+DOMElement* elementOrRefuse(DOMNode* node, MethodCall& call) {
+    if (the(node).getNodeType() != DOMNode::ELEMENT_NODE) {
+        call.report().fixed("Invalid node type", 7);
+        return nullptr;
+    }
+    return dynamic_cast<DOMElement*>(node);
+}
+
+DOMAttr* asAttribute(DOMNode* node) {
+    return node != nullptr && node->getNodeType() == DOMNode::ATTRIBUTE_NODE
+               ? dynamic_cast<DOMAttr*>(node)
+               : nullptr;
+}
+
+// First attribute of the map whose node name equals `name`, in map order.
+DOMNode* attributeNamed(DOMNamedNodeMap* map, const XMLCh* name) {
+    if (map == nullptr) return nullptr;
+    XMLSize_t length = map->getLength();
+    for (XMLSize_t i = 0; i < length; ++i) {
+        DOMNode* attribute = map->item(i);
+        if (XMLString::equals(attribute->getNodeName(), name)) return attribute;
+    }
+    return nullptr;
+}
+
+constexpr XMLCh kCdataEnd[] = {u']', u']', u'>', 0};
+
+// The value setter of methods 20 and 37: a CDATA section refuses "]]>", and
+// an element refuses any value with the no-modification DOM error (hosts
+// rely on that answer; Xerces itself would ignore the value).
+void setValue(DOMNode& node, const XMLCh* value, MethodCall& call) {
+    if (node.getNodeType() == DOMNode::CDATA_SECTION_NODE && value != nullptr &&
+        XMLString::patternMatch(value, kCdataEnd) >= 0) {
+        call.report().fixed("The sequence ']]>' is not allowed in character data", 6);
+        return;
+    }
+    if (node.getNodeType() == DOMNode::ELEMENT_NODE)
+        throw DOMException(DOMException::NO_MODIFICATION_ALLOWED_ERR, 0);
+    node.setNodeValue(value);
+}
+
+// ---- refusals (they never touch the node) ----------------------------------
+
+void notValidOnNodeRef(DOMNode*, MethodCall& call) {
+    call.report().fixed("Method not valid on X-NodeRef", -1);
+}
+
+void invalidMethodNumber(DOMNode*, MethodCall& call) {
+    call.report().fixed("Invalid method number", 3);
+}
+
+// ---- tree ------------------------------------------------------------------
+
+void insertBefore(DOMNode* node, MethodCall& call) {
+    DOMNode* newChild = call.nodeArg(0);
+    DOMNode* refChild = call.nodeArg(1);
+    if (newChild == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    the(node).insertBefore(newChild, refChild);
+}
+
+void removeAndRelease(DOMNode* node, MethodCall&) {
+    DOMNode* parent = the(node).getParentNode();
+    if (parent == nullptr) return;
+    parent->removeChild(node);
+    node->release();
+}
+
+void childCountOf(DOMNode* node, MethodCall& call) {
+    call.writeInt32(static_cast<int32_t>(childCount(&the(node))));
+}
+
+void positionOf(DOMNode* node, MethodCall& call) {
+    DOMNode* parent = the(node).getParentNode();
+    if (parent == nullptr) return;
+    call.writeInt32(-1);
+    call.writeInt32(static_cast<int32_t>(positionAmongSiblings(parent, node)));
+}
+
+void parentOf(DOMNode* node, MethodCall& call) {
+    DocUserData* record = userDataOf(&the(node));
+    if (record != nullptr && record->restrictParent) {
+        call.report().fixed("Restricted node", -1);
+        return;
+    }
+    call.writeNode(node->getParentNode());
+}
+
+void childByIndex(DOMNode* node, MethodCall& call) {
+    // Sign-extended as item() would take it: a negative index finds nothing.
+    int64_t index = call.intArg(0);
+    DOMNode& parent = the(node);
+    DOMNode* child = index < 0 ? nullptr : childAt(&parent, static_cast<uint64_t>(index));
+    if (child == nullptr) {
+        call.report().fixed("Invalid child index", 5);
+        call.writeNode(nullptr);
+        return;
+    }
+    call.writeNode(child);
+}
+
+void cloneOf(DOMNode* node, MethodCall& call) {
+    bool deep = call.intArg(0) != 0;
+    call.writeNode(the(node).cloneNode(deep));
+}
+
+void removeChild(DOMNode* node, MethodCall& call) {
+    DOMNode* child = call.nodeArg(0);
+    if (child == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
+    the(node).removeChild(child);
+}
+
+void replaceChild(DOMNode* node, MethodCall& call) {
+    DOMNode* newChild = call.nodeArg(0);
+    DOMNode* oldChild = call.nodeArg(1);
+    if (newChild == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    if (oldChild == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
+    the(node).replaceChild(newChild, oldChild);
+}
+
+void normalize(DOMNode* node, MethodCall& call) {
+    if (DOMElement* element = elementOrRefuse(node, call)) element->normalize();
+}
+
+// ---- attributes ------------------------------------------------------------
+
+// Names joined by commas; the running total of name lengths in UTF-16 units
+// (commas not counted) must stay below the limit. Names already appended
+// stay when it does not.
+void attributeNames(DOMNode* node, MethodCall& call) {
+    DOMNamedNodeMap* map = the(node).getAttributes();
+    if (map == nullptr) return;
+    XMLSize_t length = map->getLength();
+    call.writeEmptyString();
+    int32_t limit = call.intArg(0);
+    if (limit < 0) {
+        call.report().fixed("String length is negative", 12);
+        return;
+    }
+    int64_t total = 0;
+    for (XMLSize_t i = 0; i < length; ++i) {
+        const XMLCh* name = map->item(i)->getNodeName();
+        total += static_cast<int64_t>(XMLString::stringLen(name));
+        if (total >= limit) {
+            call.report().fixed(kStringTooLong, kStringTooLongCode);
+            return;
+        }
+        call.appendString(HostString(name).get());
+        if (i + 1 < length) call.appendString(",");
+    }
+}
+
+void attributeValue(DOMNode* node, MethodCall& call) {
+    XmlString name(call.stringArg(0));
+    DOMNode* attribute = attributeNamed(the(node).getAttributes(), name);
+    if (attribute == nullptr) return;
+    call.writeEmptyString();
+    call.stringOut(attribute->getNodeValue(), static_cast<uint32_t>(call.intArg(1)));
+}
+
+void setAttribute(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    XmlString name(call.stringArg(0));
+    XmlString value(call.stringArg(1));
+    element->setAttribute(name, value);
+}
+
+void removeAttribute(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    element->removeAttribute(XmlString(call.stringArg(0)));
+}
+
+void removeAttributeNode(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    DOMAttr* attribute = asAttribute(call.nodeArg(0));
+    if (attribute == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
+    element->removeAttributeNode(attribute);
+}
+
+void setAttributeNode(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    DOMAttr* attribute = asAttribute(call.nodeArg(0));
+    if (attribute == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    // The attribute it replaces, if any, is dropped without release.
+    element->setAttributeNode(attribute);
+}
+
+void attributeNode(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    XmlString name(call.stringArg(0));
+    if (DOMNode* attribute = attributeNamed(element->getAttributes(), name))
+        call.writeNode(attribute);
+}
+
+void attributeNS(DOMNode* node, MethodCall& call) {
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    call.writeEmptyString();
+    XmlString namespaceURI(call.stringArg(0));
+    XmlString localName(call.stringArg(1));
+    const XMLCh* value = element->getAttributeNS(namespaceURI, localName);
+    if (value == nullptr || value[0] == 0) return;
+    call.stringOut(value, static_cast<uint32_t>(call.intArg(2)));
+}
+
+// ---- owner -----------------------------------------------------------------
+
+void ownerHandle(DOMNode* node, MethodCall& call) {
+    DocUserData* own = userDataOf(&the(node));
+    if (own != nullptr && own->restrictOwner) {
+        call.report().fixed("Restricted node", -1);
+        return;
+    }
+    // A document is its own owner (Xerces answers null for it).
+    const DOMNode* owner = node->getNodeType() == DOMNode::DOCUMENT_NODE
+                               ? node
+                               : asNode(node->getOwnerDocument());
+    DocUserData* record = owner != nullptr ? userDataOf(owner) : nullptr;
+    if (record == nullptr) throw MissingHostValue("document without host record");
+    call.writeHandle(record->hostHandle);
+}
+
+// ---- names and values ------------------------------------------------------
+
+void nodeType(DOMNode* node, MethodCall& call) {
+    call.writeInt32(static_cast<int32_t>(the(node).getNodeType()));
+}
+
+void nodeValue(DOMNode* node, MethodCall& call) {
+    call.writeEmptyString();
+    // The byte counter is this method's only limit check.
+    call.countedStringOut(the(node).getNodeValue(), static_cast<uint32_t>(call.intArg(0)));
+}
+
+void setNodeValue(DOMNode* node, MethodCall& call) {
+    XmlString value(call.stringArg(0));
+    setValue(the(node), value, call);
+}
+
+void nodeName(DOMNode* node, MethodCall& call) {
+    call.writeEmptyString();
+    call.stringOut(the(node).getNodeName(), static_cast<uint32_t>(call.intArg(0)));
+}
+
+void namespaceURI(DOMNode* node, MethodCall& call) {
+    call.writeEmptyString();
+    call.stringOut(the(node).getNamespaceURI(), static_cast<uint32_t>(call.intArg(0)));
+}
+
+void prefix(DOMNode* node, MethodCall& call) {
+    call.writeEmptyString();
+    call.stringOut(the(node).getPrefix(), static_cast<uint32_t>(call.intArg(0)));
+}
+
+void localName(DOMNode* node, MethodCall& call) {
+    call.writeEmptyString();
+    call.stringOut(the(node).getLocalName(), static_cast<uint32_t>(call.intArg(0)));
+}
+
+void setPrefix(DOMNode* node, MethodCall& call) {
+    XmlString value(call.stringArg(0));
+    the(node).setPrefix(value);
+}
+
+// The whole value with no limit, in a string from Xerces' memory manager
+// that the host hands back with method 38.
+void wholeValue(DOMNode* node, MethodCall& call) {
+    if (call.rawArg(0) == nullptr || call.rawArg(1) == nullptr)
+        throw MissingHostValue("no cells for a whole value");
+    const XMLCh* value = the(node).getNodeValue();
+    char* text = value != nullptr ? codec::toHost(value) : nullptr;
+    call.writeStringCell(0, text);
+    call.writeLengthCell(1, text != nullptr ? static_cast<int32_t>(std::strlen(text)) : 0);
+}
+
+void releaseWholeValue(DOMNode*, MethodCall& call) {
+    char* text = call.stringCell(0);
+    if (text == nullptr) return;
+    codec::release(text);
+    call.writeStringCell(0, nullptr);
+}
+
+// N bytes that need not be terminated: a NUL inside them ends the value
+// there; otherwise (and for N not positive, taken as 0) a terminated copy
+// of the N bytes is used.
+void setCountedValue(DOMNode* node, MethodCall& call) {
+    const char* bytes = static_cast<const char*>(call.rawArg(0));
+    int32_t count = call.intArg(1);
+    the(node);
+    if (count < 0) count = 0;
+    if (bytes == nullptr && count > 0) throw MissingHostValue("no bytes for a counted value");
+    bool terminatedInside = count > 0 && std::memchr(bytes, '\0', count) != nullptr;
+    std::string copy;
+    if (!terminatedInside && count > 0) copy.assign(bytes, static_cast<size_t>(count));
+    XmlString value(terminatedInside ? bytes : copy.c_str());
+    setValue(*node, value, call);
+}
+
+// ---- the table ---------------------------------------------------------------
+
+constexpr bool kTranslated = true;
+constexpr bool kUnexpected = false;
+constexpr bool kChanges = true;
+constexpr bool kReads = false;
+
+const NodeMethod kNodeMethods[kHighestNodeMethod] = {
+    /* 1 */ {notValidOnNodeRef, kUnexpected, kReads},
+    /* 2 */ {insertBefore, kTranslated, kChanges},
+    /* 3 */ {removeAndRelease, kTranslated, kChanges},
+    /* 4 */ {notValidOnNodeRef, kUnexpected, kReads},
+    /* 5 */ {childCountOf, kUnexpected, kReads},
+    /* 6 */ {positionOf, kUnexpected, kReads},
+    /* 7 */ {parentOf, kUnexpected, kReads},
+    /* 8 */ {childByIndex, kUnexpected, kReads},
+    /* 9 */ {cloneOf, kUnexpected, kChanges},
+    /* 10 */ {removeChild, kTranslated, kChanges},
+    /* 11 */ {replaceChild, kTranslated, kChanges},
+    /* 12 */ {attributeNames, kUnexpected, kReads},
+    /* 13 */ {attributeValue, kUnexpected, kReads},
+    /* 14 */ {setAttribute, kTranslated, kChanges},
+    /* 15 */ {removeAttribute, kTranslated, kChanges},
+    /* 16 */ {removeAttributeNode, kTranslated, kChanges},
+    /* 17 */ {ownerHandle, kUnexpected, kReads},
+    /* 18 */ {nodeType, kUnexpected, kReads},
+    /* 19 */ {nodeValue, kUnexpected, kReads},
+    /* 20 */ {setNodeValue, kTranslated, kChanges},
+    /* 21 */ {nodeName, kUnexpected, kReads},
+    /* 22 */ {invalidMethodNumber, kUnexpected, kReads},
+    /* 23 */ {normalize, kTranslated, kChanges},
+    /* 24 */ {notValidOnNodeRef, kUnexpected, kReads},
+    /* 25 */ {notValidOnNodeRef, kUnexpected, kReads},
+    /* 26 */ {namespaceURI, kUnexpected, kReads},
+    /* 27 */ {prefix, kUnexpected, kReads},
+    /* 28 */ {localName, kUnexpected, kReads},
+    /* 29 */ {setPrefix, kTranslated, kChanges},
+    /* 30 */ {notValidOnNodeRef, kUnexpected, kReads},
+    /* 31 */ {invalidMethodNumber, kUnexpected, kReads},
+    /* 32 */ {invalidMethodNumber, kUnexpected, kReads},
+    /* 33 */ {invalidMethodNumber, kUnexpected, kReads},
+    /* 34 */ {setAttributeNode, kTranslated, kChanges},
+    /* 35 */ {attributeNode, kUnexpected, kReads},
+    /* 36 */ {wholeValue, kUnexpected, kReads},
+    /* 37 */ {setCountedValue, kTranslated, kChanges},
+    /* 38 */ {releaseWholeValue, kUnexpected, kReads},
+    /* 39 */ {attributeNS, kUnexpected, kReads},
+};
+
+// Invalidates indexed child positions however the method ends.
+struct TreeChangeNote {
+    bool active;
+    ~TreeChangeNote() {
+        if (active) noteTreeChange();
+    }
+};
+
+}  // namespace
+
+void nodeExecute(DOMNode* node, int32_t method, void** args, void* result, ErrorReport& report) {
+    if (!isInitialised()) {
+        report.fixed("XML Parser not initialized", 2);
+        return;
+    }
+    if (static_cast<uint32_t>(method) - 1 > kHighestNodeMethod - 1) {
+        report.fixed("Invalid method number", 3);
+        return;
+    }
+    const NodeMethod& entry = kNodeMethods[method - 1];
+    MethodCall call(args, result, report);
+    TreeChangeNote note{entry.changesTree};
+    try {
+        entry.run(node, call);
+    } catch (const DOMException& e) {
+        if (entry.translatesDomErrors)
+            reportDomError(e, report);
+        else
+            report.formatted(13, "Unexpected exception");
+    }
+}
+
+}  // namespace lumxml

@@ -1,0 +1,19 @@
+// The host's node objects (X-NODEREF): one numbered method on one node.
+#pragma once
+
+#include <cstdint>
+
+#include <xercesc/dom/DOMNode.hpp>
+
+#include "frame/error_report.h"
+
+namespace lumxml {
+
+constexpr int32_t kHighestNodeMethod = 39;
+
+// lumNodeExecute: the not-initialised check, the method number check, then
+// the method. No argument slot is read before the number is checked.
+void nodeExecute(XERCES_CPP_NAMESPACE::DOMNode* node, int32_t method, void** args, void* result,
+                 ErrorReport& report);
+
+}  // namespace lumxml

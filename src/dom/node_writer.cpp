@@ -1,0 +1,262 @@
+#include "dom/node_writer.h"
+
+#include <xercesc/dom/DOMCharacterData.hpp>
+#include <xercesc/dom/DOMDocumentType.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMEntity.hpp>
+#include <xercesc/dom/DOMNamedNodeMap.hpp>
+#include <xercesc/dom/DOMProcessingInstruction.hpp>
+
+#include <xercesc/util/XMLString.hpp>
+
+#include "dom/formatter_text.h"
+#include "dom/namespace_fixup.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
+
+const XMLCh kQuote[] = u"\"";
+// Markup gathered beyond this many units is handed on at once.
+constexpr size_t kPendingLimit = 8192;
+
+}  // namespace
+
+void NodeWriter::write(DOMNode* start) {
+    if (start == nullptr) return;
+    NamespaceFixup fixup(start, additions_);
+    fixup_ = &fixup;
+    try {
+        walk(start);
+    } catch (...) {
+        // What came before the failure is written, as it would have been
+        // piece by piece.
+        fixup_ = nullptr;
+        flush();
+        throw;
+    }
+    fixup_ = nullptr;
+    flush();
+}
+
+void NodeWriter::walk(DOMNode* start) {
+    DOMNode* node = start;
+    for (;;) {
+        if (DOMNode* child = open(node)) {
+            node = child;
+            continue;
+        }
+        // `node` is complete: move on to its next sibling, closing every
+        // ancestor whose last child it was, and stop back at the start.
+        for (;;) {
+            if (node == start) break;
+            if (DOMNode* sibling = node->getNextSibling()) {
+                node = sibling;
+                break;
+            }
+            node = node->getParentNode();
+            close(node);
+        }
+        if (node == start) break;
+    }
+}
+
+DOMNode* NodeWriter::open(DOMNode* node) {
+    switch (node->getNodeType()) {
+        case DOMNode::ELEMENT_NODE:
+            return openElement(static_cast<DOMElement*>(node));
+        case DOMNode::TEXT_NODE:
+            writeText(node);
+            return nullptr;
+        case DOMNode::CDATA_SECTION_NODE:
+            writeCData(node);
+            return nullptr;
+        case DOMNode::ENTITY_REFERENCE_NODE:
+            // No reference text: the expansion, child by child.
+            return node->getFirstChild();
+        case DOMNode::ENTITY_NODE:
+            writeEntity(node);
+            return nullptr;
+        case DOMNode::PROCESSING_INSTRUCTION_NODE:
+            writeProcessingInstruction(node);
+            return nullptr;
+        case DOMNode::COMMENT_NODE:
+            writeComment(node);
+            return nullptr;
+        case DOMNode::DOCUMENT_NODE:
+            writeDeclaration();
+            return node->getFirstChild();
+        case DOMNode::DOCUMENT_TYPE_NODE:
+            writeDocumentType(node);
+            return nullptr;
+        default:
+            // Attributes are written by their element; fragments and
+            // notations are not written at all.
+            return nullptr;
+    }
+}
+
+void NodeWriter::close(DOMNode* node) {
+    if (node->getNodeType() != DOMNode::ELEMENT_NODE) return;
+    fixup_->leave();
+    markup(u"</");
+    markup(node->getNodeName());
+    markup(u">");
+}
+
+DOMNode* NodeWriter::openElement(DOMElement* element) {
+    markup(u"<");
+    markup(element->getNodeName());
+    writeAttributes(element);
+    DOMNode* child = element->getFirstChild();
+    markup(child != nullptr ? u">" : u"/>");
+    if (child != nullptr) fixup_->enter(element);
+    return child;
+}
+
+void NodeWriter::writeAttributes(DOMElement* element) {
+    DOMNamedNodeMap* attributes = element->getAttributes();
+    const XMLSize_t original = attributes->getLength();
+    fixup_->fix(element, element);
+    // The map is live and kept sorted by name, so a declaration added here
+    // can shift the attributes still to be checked; the first `original`
+    // positions are checked as they stand at the time.
+    for (XMLSize_t i = 0; i < original; ++i) {
+        DOMNode* attr = attributes->item(i);
+        if (attr != nullptr && attr->getPrefix() != nullptr)
+            fixup_->fix(attr, element);
+    }
+    const XMLFormatter::EscapeFlags valueEscapes =
+        options_.attrEscapes ? XMLFormatter::AttrEscapes : XMLFormatter::StdEscapes;
+    const XMLSize_t count = attributes->getLength();
+    for (XMLSize_t i = 0; i < count; ++i) {
+        DOMNode* attr = attributes->item(i);
+        markup(u" ");
+        markup(attr->getNodeName());
+        markup(u"=\"");
+        const XMLCh* value = attr->getNodeValue();
+        escaped(value, value == nullptr ? 0 : XMLString::stringLen(value), valueEscapes);
+        markup(kQuote);
+    }
+}
+
+void NodeWriter::writeText(DOMNode* text) {
+    const DOMCharacterData* data = static_cast<DOMCharacterData*>(text);
+    escaped(data->getData(), data->getLength(),
+                   options_.textCharEscapes ? XMLFormatter::CharEscapes
+                                            : XMLFormatter::StdEscapes);
+}
+
+void NodeWriter::writeCData(DOMNode* section) {
+    markup(u"<![CDATA[");
+    markup(section->getNodeValue());
+    markup(u"]]>");
+}
+
+// The entity declaration keeps lumxml's own forms: no blank between the
+// name and PUBLIC, between the two literals or before NDATA, and a quoted
+// notation name.
+void NodeWriter::writeEntity(DOMNode* node) {
+    const DOMEntity* entity = static_cast<DOMEntity*>(node);
+    markup(u"<!ENTITY ");
+    markup(entity->getNodeName());
+    if (nonEmpty(entity->getPublicId())) {
+        markup(u"PUBLIC ");
+        quoted(entity->getPublicId());
+    }
+    if (nonEmpty(entity->getSystemId())) {
+        markup(u"SYSTEM ");
+        quoted(entity->getSystemId());
+    }
+    if (nonEmpty(entity->getNotationName())) {
+        markup(u"NDATA ");
+        quoted(entity->getNotationName());
+    }
+    markup(u">\r\n");
+}
+
+void NodeWriter::writeProcessingInstruction(DOMNode* node) {
+    const DOMProcessingInstruction* instruction = static_cast<DOMProcessingInstruction*>(node);
+    markup(u"<?");
+    markup(instruction->getTarget());
+    if (nonEmpty(instruction->getData())) {
+        markup(u" ");
+        markup(instruction->getData());
+    }
+    markup(u"?>");
+}
+
+void NodeWriter::writeComment(DOMNode* comment) {
+    markup(u"<!--");
+    markup(comment->getNodeValue());
+    markup(u"-->");
+}
+
+// A blank before "?>" and never a standalone pseudo-attribute. Without a
+// requested encoding the declaration names none, although UTF-8 is written.
+void NodeWriter::writeDeclaration() {
+    markup(u"<?xml version=\"1.0");
+    if (options_.encoding != nullptr) {
+        markup(u"\" encoding=\"");
+        markup(options_.encoding);
+    }
+    markup(u"\" ?>\n");
+}
+
+// The system literal after a public one is written whenever it is present,
+// even when empty; on its own only when non-empty.
+void NodeWriter::writeDocumentType(DOMNode* node) {
+    const DOMDocumentType* type = static_cast<DOMDocumentType*>(node);
+    markup(u"<!DOCTYPE ");
+    markup(type->getNodeName());
+    if (nonEmpty(type->getPublicId())) {
+        markup(u" PUBLIC ");
+        quoted(type->getPublicId());
+        if (type->getSystemId() != nullptr) {
+            markup(u" ");
+            quoted(type->getSystemId());
+        }
+    } else if (nonEmpty(type->getSystemId())) {
+        markup(u" SYSTEM ");
+        quoted(type->getSystemId());
+    }
+    if (nonEmpty(type->getInternalSubset())) {
+        markup(u"[");
+        markup(type->getInternalSubset());
+        markup(u"]");
+    }
+    markup(u">");
+}
+
+void NodeWriter::markup(const XMLCh* text) {
+    if (text == nullptr) return;
+    appendMarkup(pending_, text, XMLString::stringLen(text));
+    if (pending_.size() >= kPendingLimit) flush();
+}
+
+void NodeWriter::escaped(const XMLCh* text, XMLSize_t count, XMLFormatter::EscapeFlags escapes) {
+    flush();
+    writeFormatted(formatter_, text, count, escapes);
+}
+
+void NodeWriter::flush() {
+    if (pending_.empty()) return;
+    // Cleared also when the target fails, so that nothing is written twice.
+    struct Clear {
+        std::u16string& text;
+        ~Clear() { text.clear(); }
+    } clear{pending_};
+    formatter_.formatBuf(pending_.data(), pending_.size(), XMLFormatter::NoEscapes);
+}
+
+void NodeWriter::quoted(const XMLCh* text) {
+    markup(kQuote);
+    markup(text);
+    markup(kQuote);
+}
+
+}  // namespace lumxml

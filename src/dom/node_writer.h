@@ -1,0 +1,78 @@
+// Turns a node and its subtree into XML text through an XMLFormatter.
+//
+// lumxml does its own markup rather than using the DOM serialiser: no
+// indentation, no line breaks beyond the one after the XML declaration and
+// the one after an entity declaration, and the namespace declarations the
+// output needs are added to the tree (recorded in `additions`, which the
+// caller destroys to take them out again).
+//
+// The subtree is walked with the tree's own parent and sibling links, never
+// with the call stack, so that a document nested a million levels deep is
+// written like any other.
+#pragma once
+
+#include <string>
+
+#include <xercesc/dom/DOMNode.hpp>
+#include <xercesc/framework/XMLFormatter.hpp>
+
+#include "dom/dom_node_list.h"
+#include "dom/namespace_fixup.h"
+
+namespace lumxml {
+
+struct NodeWriterOptions {
+    // Text nodes with CharEscapes (& < >) instead of StdEscapes.
+    bool textCharEscapes = false;
+    // Attribute values with AttrEscapes (& < ") instead of StdEscapes.
+    bool attrEscapes = false;
+    // The encoding named in the XML declaration, or null for none.
+    const XMLCh* encoding = nullptr;
+};
+
+class NodeWriter {
+public:
+    NodeWriter(XERCES_CPP_NAMESPACE::XMLFormatter& formatter, const NodeWriterOptions& options,
+               DomNodeList& additions)
+        : formatter_(formatter), options_(options), additions_(additions) {}
+
+    // Writes `start` (null writes nothing) and everything below it.
+    void write(XERCES_CPP_NAMESPACE::DOMNode* start);
+
+private:
+    using DOMNode = XERCES_CPP_NAMESPACE::DOMNode;
+
+    void walk(DOMNode* start);
+    // Writes what comes before a node's children and answers the first
+    // child to descend into, or null when the node is complete.
+    DOMNode* open(DOMNode* node);
+    // Writes what follows the last child of a node that was descended into.
+    void close(DOMNode* node);
+
+    DOMNode* openElement(XERCES_CPP_NAMESPACE::DOMElement* element);
+    void writeAttributes(XERCES_CPP_NAMESPACE::DOMElement* element);
+    void writeText(DOMNode* text);
+    void writeCData(DOMNode* section);
+    void writeEntity(DOMNode* entity);
+    void writeProcessingInstruction(DOMNode* instruction);
+    void writeComment(DOMNode* comment);
+    void writeDeclaration();
+    void writeDocumentType(DOMNode* type);
+
+    // Markup and unescaped text, gathered and handed to the formatter in
+    // one piece before escaped text and at the end: far fewer trips
+    // through the formatter and the target, the same bytes.
+    void markup(const XMLCh* text);
+    void quoted(const XMLCh* text);
+    void escaped(const XMLCh* text, XMLSize_t count,
+                 XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags escapes);
+    void flush();
+
+    XERCES_CPP_NAMESPACE::XMLFormatter& formatter_;
+    NodeWriterOptions options_;
+    DomNodeList& additions_;
+    NamespaceFixup* fixup_ = nullptr;  // the current write's
+    std::u16string pending_;            // markup not yet formatted
+};
+
+}  // namespace lumxml

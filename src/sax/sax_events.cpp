@@ -1,0 +1,234 @@
+#include "sax/sax_events.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+#include <xercesc/sax/Locator.hpp>
+
+#include "frame/host_codec.h"
+#include "sax/attr_list.h"
+
+namespace lumxml {
+namespace sax {
+
+namespace {
+
+constexpr const char* kEventNames[] = {
+    nullptr,
+    "StartDocument",
+    "EndDocument",
+    "StartPrefixMapping",
+    "EndPrefixMapping",
+    "StartElement",
+    "EndElement",
+    "Characters",
+    "IgnorableWhitespace",
+    "ProcessingInstruction",
+    "SkippedEntity",
+    "SetDocLocator",
+    "UnparsedEntityDecl",
+    "NotationDecl",
+    "ResolveEntity",
+    "Warning",
+    "Error",
+    "FatalError",
+};
+
+// A queued event with the location it was queued at. The host sees only the
+// SaxEvent at the start of the block.
+struct QueuedEvent {
+    SaxEvent event;
+    uint32_t line;
+    uint32_t column;
+};
+static_assert(offsetof(QueuedEvent, event) == 0, "the host's record comes first");
+
+SaxEvent* newEvent() {
+    auto* queued = static_cast<QueuedEvent*>(std::calloc(1, sizeof(QueuedEvent)));
+    return queued != nullptr ? &queued->event : nullptr;
+}
+
+void releaseSlot(void*& slot) {
+    char* text = static_cast<char*>(slot);
+    codec::release(text);
+    slot = nullptr;
+}
+
+// The "StartElement" list lies in place in arg4/arg5; only its entries
+// (and their strings) are separate allocations.
+void releaseInPlaceList(SaxEvent& event) {
+    SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(&event);
+    if (list->entries != nullptr) attrlist::releaseEntries(*list);
+}
+
+// Replaces a stored id only when the text differs, so that a host that
+// keeps the pointer of an unchanged id still reads valid text.
+void updateId(char*& stored, const XMLCh* current, IdMemo::Entry* memo) {
+    if (current == nullptr) {
+        codec::release(stored);
+        stored = nullptr;
+        if (memo != nullptr) memo->known = false;
+        return;
+    }
+    if (memo != nullptr && memo->known && memo->stored == stored && memo->text == current) {
+        return;  // the same text as last time, and the same copy holds it
+    }
+    char* copy = codec::toHost(current);
+    if (stored != nullptr && copy != nullptr && std::strcmp(stored, copy) == 0) {
+        codec::release(copy);
+    } else {
+        codec::release(stored);
+        stored = copy;
+    }
+    if (memo != nullptr) {
+        memo->text = current;
+        memo->stored = stored;
+        memo->known = true;
+    }
+}
+
+}  // namespace
+
+const char* eventName(uint32_t kind) {
+    return kind < sizeof kEventNames / sizeof kEventNames[0] ? kEventNames[kind] : nullptr;
+}
+
+SaxEvent* enqueueEvent(SaxParserInstance& instance) {
+    SaxEvent* event = newEvent();
+    if (event == nullptr) return nullptr;
+    if (instance.eventHead == nullptr || instance.eventTail == nullptr) {
+        instance.eventHead = event;
+    } else {
+        instance.eventTail->next = event;
+    }
+    instance.eventTail = event;
+    ++instance.eventCount;
+    return event;
+}
+
+SaxEvent* pushEventAtHead(SaxParserInstance& instance) {
+    SaxEvent* event = newEvent();
+    if (event == nullptr) return nullptr;
+    event->next = instance.eventHead;
+    instance.eventHead = event;
+    if (instance.eventTail == nullptr) instance.eventTail = event;
+    ++instance.eventCount;
+    return event;
+}
+
+void dropHeadEvent(SaxParserInstance& instance, SaxEvent* event) {
+    if (event == nullptr || instance.eventHead != event) return;
+    instance.eventHead = event->next;
+    if (instance.eventTail == event) instance.eventTail = nullptr;
+    freeEvent(event);
+    --instance.eventCount;
+}
+
+void freeQueue(SaxParserInstance& instance) {
+    SaxEvent* event = instance.eventHead;
+    instance.eventHead = nullptr;
+    instance.eventTail = nullptr;
+    while (event != nullptr) {
+        SaxEvent* next = event->next;
+        freeEvent(event);
+        event = next;
+    }
+}
+
+void clearEvent(SaxEvent* event) {
+    if (event == nullptr) return;
+    switch (event->kind) {
+        case kStartPrefixMapping:
+        case kProcessingInstruction:
+        case kResolveEntity:  // arg3/arg4 input sources belong to Xerces once returned
+            releaseSlot(event->arg1);
+            releaseSlot(event->arg2);
+            break;
+        case kEndPrefixMapping:
+        case kCharacters:  // arg2 is the length, not a string
+        case kIgnorableWhitespace:
+        case kWarning:
+        case kError:
+        case kFatalError:
+            releaseSlot(event->arg1);
+            break;
+        case kStartElement:
+            releaseSlot(event->arg1);
+            releaseSlot(event->arg2);
+            releaseSlot(event->arg3);
+            releaseInPlaceList(*event);
+            break;
+        case kEndElement:
+        case kNotationDecl:
+            releaseSlot(event->arg1);
+            releaseSlot(event->arg2);
+            releaseSlot(event->arg3);
+            break;
+        case kUnparsedEntityDecl:
+            releaseSlot(event->arg1);
+            releaseSlot(event->arg2);
+            releaseSlot(event->arg3);
+            releaseSlot(event->arg4);
+            break;
+        default:
+            break;
+    }
+    // argCount keeps its value: hosts may still look at it.
+    event->arg1 = event->arg2 = event->arg3 = event->arg4 = event->arg5 = nullptr;
+    event->kind = 0;
+    event->name = nullptr;
+    event->next = nullptr;
+}
+
+void freeEvent(SaxEvent* event) {
+    clearEvent(event);
+    std::free(event);
+}
+
+void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount) {
+    event.kind = kind;
+    event.name = eventName(kind);
+    event.argCount = argCount;
+}
+
+void updateLocation(SaxParserInstance& instance, IdMemo* memo) {
+    const auto* locator = static_cast<const xercesc::Locator*>(instance.locator);
+    if (locator == nullptr) return;
+    instance.column = static_cast<uint32_t>(locator->getColumnNumber());
+    instance.line = static_cast<uint32_t>(locator->getLineNumber());
+    updateId(instance.publicId, locator->getPublicId(), memo ? &memo->publicId : nullptr);
+    updateId(instance.systemId, locator->getSystemId(), memo ? &memo->systemId : nullptr);
+}
+
+void locateEvent(SaxParserInstance& instance, SaxEvent& event, IdMemo* memo) {
+    updateLocation(instance, memo);
+    auto& queued = reinterpret_cast<QueuedEvent&>(event);
+    queued.line = instance.line;
+    queued.column = instance.column;
+}
+
+void showLocationOf(SaxParserInstance& instance, const SaxEvent* event) {
+    if (event == nullptr) return;
+    const auto& queued = reinterpret_cast<const QueuedEvent&>(*event);
+    instance.line = queued.line;
+    instance.column = queued.column;
+}
+
+char* hostCopy(const XMLCh* text) { return codec::toHost(text); }
+
+char* hostCopy(const XMLCh* text, XMLSize_t length) {
+    return text == nullptr ? nullptr : codec::toHost(text, length);
+}
+
+char* nullIfEmptyMarker(char* text, bool emptyToo) {
+    if (text == nullptr) return nullptr;
+    if (std::strcmp(text, "EMPTY") == 0 || (emptyToo && text[0] == '\0')) {
+        codec::release(text);
+        return nullptr;
+    }
+    return text;
+}
+
+}  // namespace sax
+}  // namespace lumxml

@@ -1,0 +1,97 @@
+#include "writer/utf8_escaper.h"
+
+#include <cstring>
+#include <mutex>
+#include <stdexcept>
+
+#include "frame/platform.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+namespace {
+
+// Collects what a formatter writes.
+class Capture : public XMLFormatTarget {
+public:
+    void writeChars(const XMLByte* toWrite, XMLSize_t count, XMLFormatter*) override {
+        bytes.append(reinterpret_cast<const char*>(toWrite), count);
+    }
+    std::string bytes;
+};
+
+}  // namespace
+
+Utf8Escaper::Utf8Escaper() {
+    Capture capture;
+    XMLCh utf8[] = {'U', 'T', 'F', '-', '8', 0};
+    XMLFormatter formatter(utf8, &capture, XMLFormatter::NoEscapes, XMLFormatter::UnRep_CharRef);
+    for (int flags = 0; flags < kFlags; ++flags) {
+        for (XMLCh c = 1; c < 128; ++c) {
+            capture.bytes.clear();
+            formatter.formatBuf(&c, 1, static_cast<XMLFormatter::EscapeFlags>(flags));
+            // An escape is a short reference ("&quot;", "&#xD;").
+            if (capture.bytes.size() > sizeof ascii_[flags][c].text) throw std::length_error("escape");
+            Bytes& entry = ascii_[flags][c];
+            std::memcpy(entry.text, capture.bytes.data(), capture.bytes.size());
+            entry.length = static_cast<unsigned char>(capture.bytes.size());
+            if (capture.bytes.size() > longest_) longest_ = capture.bytes.size();
+        }
+    }
+}
+
+const Utf8Escaper& Utf8Escaper::instance() {
+    static std::once_flag once;
+    static const Utf8Escaper* escaper = nullptr;
+    std::call_once(once, [] { escaper = new Utf8Escaper; });  // kept for the process
+    return *escaper;
+}
+
+bool Utf8Escaper::isUtf8(const char* encoding) {
+    if (encoding == nullptr) return false;
+    return platform::compareIgnoringCase(encoding, "UTF-8") == 0 ||
+           platform::compareIgnoringCase(encoding, "UTF8") == 0;
+}
+
+bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
+                         std::string& out) const {
+    const size_t start = out.size();
+    // Room for the longest case, without filling it: resize would.
+    if (out.capacity() < start + length * longest_) out.reserve(2 * (start + length * longest_));
+    out.resize(out.capacity());
+    char* const begin = &out[start];
+    char* end = encode(text, length, flags, begin);
+    out.resize(end != nullptr ? start + static_cast<size_t>(end - begin) : start);
+    return end != nullptr;
+}
+
+char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
+                          char* p) const {
+    const Bytes* table = ascii_[flags];
+    for (XMLSize_t i = 0; i < length; ++i) {
+        const XMLCh c = text[i];
+        if (c < 0x80) {
+            const Bytes& bytes = table[c];
+            if (bytes.length == 1) {
+                *p++ = bytes.text[0];
+            } else {
+                if (c == 0) return nullptr;
+                std::memcpy(p, bytes.text, bytes.length);
+                p += bytes.length;
+            }
+        } else if (c < 0x800) {
+            *p++ = static_cast<char>(0xC0 | (c >> 6));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
+        } else if (c >= 0xD800 && c <= 0xDFFF) {
+            return nullptr;
+        } else {
+            *p++ = static_cast<char>(0xE0 | (c >> 12));
+            *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return p;
+}
+
+}  // namespace lumxml

@@ -1,0 +1,506 @@
+// Parser instances as a host drives them: set-up, the first pass that stops
+// after "StartDocument", the restart, reading on, the end, re-use and
+// release of the record, and the one-shot validation.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "host_test.h"
+#include "sax_host.h"
+
+using lumtest::DrainOptions;
+using lumtest::HostRecord;
+using lumtest::TempDir;
+using lumtest::drain;
+using Events = std::vector<std::string>;
+
+namespace {
+
+constexpr uint32_t kNoNamespaces = 1;
+constexpr uint32_t kValidate = 2;
+
+class SaxParse : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { lumtest::initLibraryOnce(); }
+    TempDir dir;
+};
+
+DrainOptions noLocation(size_t maxEvents = 1000000) {
+    DrainOptions options;
+    options.withLocation = false;
+    options.maxEvents = maxEvents;
+    return options;
+}
+
+Events withoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
+    return drain(record, noLocation(maxEvents));
+}
+
+// The rest of a parse whose "StartDocument" is at eventHead, from the event
+// after it on.
+Events restWithoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
+    return lumtest::collect(record, record.next(), noLocation(maxEvents));
+}
+
+// ---- first pass and restart --------------------------------------------------
+
+TEST_F(SaxParse, FirstCallLeavesOnlyStartDocumentAtHead) {
+    HostRecord record;
+    record.setMemory("<?pi x?><r/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_NE(record.head(), nullptr);
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "StartDocument/0");
+    EXPECT_EQ(record.eventCount(), 1);
+    EXPECT_EQ(record.state(), 1);
+    EXPECT_EQ(lumtest::readAt<void*>(record.head(), lumtest::evt::kNext), nullptr);
+    EXPECT_EQ(record.errorCode(), 0);
+}
+
+TEST_F(SaxParse, NextRereadsTheInputFromTheBeginningAndYieldsTheFirstRealEvent) {
+    HostRecord record;
+    record.setMemory("<?pi x?><r/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    // The processing instruction before the root was dropped in the first
+    // pass and comes now; StartDocument is not delivered again.
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "ProcessingInstruction/2 \"pi\" \"x\"");
+    EXPECT_EQ(record.state(), 3);
+}
+
+TEST_F(SaxParse, FlagsChangedWhileStartDocumentIsAtHeadTakeEffect) {
+    HostRecord record;
+    record.setMemory("<p:r xmlns:p='urn:p'/>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFlags(kNoNamespaces);
+    Events events = restWithoutLocation(record);
+    // No prefix mapping events, and no local name.
+    EXPECT_EQ(events[0], "StartElement/4 \"\" null \"p:r\" [1/1 {null \"xmlns:p\" null \"CDATA\" \"urn:p\"}]");
+}
+
+TEST_F(SaxParse, ValidationSwitchedOnAfterStartDocumentReportsErrors) {
+    HostRecord record;
+    record.setMemory("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/></r>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFlags(kValidate);
+    Events events = restWithoutLocation(record);
+    EXPECT_EQ(events[1], "Error/1 \"no declaration found for element 'x'\"");
+}
+
+const char* const kSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:s' "
+    "elementFormDefault='qualified'>"
+    "<xs:element name='r'><xs:complexType><xs:sequence>"
+    "<xs:element name='n' type='xs:int'/></xs:sequence></xs:complexType></xs:element>"
+    "</xs:schema>";
+const char* const kNoNamespaceSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+    "<xs:element name='r' type='xs:int'/></xs:schema>";
+
+TEST_F(SaxParse, SchemaLocationSetWhileStartDocumentIsAtHeadTakesEffect) {
+    const std::string schema = dir.write("s.xsd", kSchema);
+    HostRecord record;
+    record.setMemory("<r xmlns='urn:s'><n>seven</n></r>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFlags(kValidate);
+    record.setSchemaLocation("urn:s " + schema);
+    Events events = restWithoutLocation(record);
+    bool sawIntError = false;
+    for (const std::string& event : events) {
+        sawIntError |= event.rfind("Error/1 \"value 'seven' does not match", 0) == 0;
+    }
+    EXPECT_TRUE(sawIntError) << ::testing::PrintToString(events);
+}
+
+TEST_F(SaxParse, NoNamespaceSchemaLocationSetWhileStartDocumentIsAtHeadTakesEffect) {
+    const std::string schema = dir.write("n.xsd", kNoNamespaceSchema);
+    HostRecord record;
+    record.setMemory("<r>seven</r>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFlags(kValidate);
+    record.setNoNamespaceSchemaLocation(schema);
+    Events events = restWithoutLocation(record);
+    EXPECT_EQ(events[2].rfind("Error/1 \"value 'seven' does not match", 0), 0u)
+        << ::testing::PrintToString(events);
+}
+
+TEST_F(SaxParse, SchemaValidatesWhenSetBeforeTheFirstCall) {
+    const std::string schema = dir.write("n.xsd", kNoNamespaceSchema);
+    HostRecord record;
+    record.setMemory("<r>12</r>");
+    record.setFlags(kValidate);
+    record.setNoNamespaceSchemaLocation(schema);
+    Events events = withoutLocation(record);
+    EXPECT_EQ(events, (Events{"StartDocument/0", "StartElement/4 \"\" \"r\" \"r\" [0/0 no-array]",
+                              "Characters/2 \"12\" 2", "EndElement/3 \"\" \"r\" \"r\"",
+                              "EndDocument/0", "result 0 code 0 "}));
+}
+
+// ---- the end ----------------------------------------------------------------
+
+TEST_F(SaxParse, AfterEndDocumentNextAnswersZeroWithoutError) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    ASSERT_EQ(record.first(), 1);
+    int32_t result = 1;
+    uint32_t lastKind = 0;
+    while (result == 1) {
+        lastKind = lumtest::eventKind(record.head());
+        result = record.next();
+    }
+    EXPECT_EQ(lastKind, 2u);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorText(), "");
+    // And so on, however often the host asks.
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorCode(), 0);
+}
+
+TEST_F(SaxParse, NextOnARecordThatNeverStartedIsAnUnexpectedError) {
+    HostRecord record;
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorText(), "Unexpected error");
+    EXPECT_EQ(record.errorCode(), 3);
+}
+
+TEST_F(SaxParse, ErrorTextIsClearedWhenTheParseReadsOn) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    ASSERT_EQ(record.first(), 1);
+    std::strcpy(reinterpret_cast<char*>(record.bytes() + lumtest::rec::kErrorText), "old");
+    lumtest::writeAt<int32_t>(record.bytes(), lumtest::rec::kErrorCode, 99);
+    ASSERT_EQ(record.next(), 1);
+    EXPECT_EQ(record.errorText(), "");
+    EXPECT_EQ(record.errorCode(), 0);
+}
+
+// ---- inputs -----------------------------------------------------------------
+
+TEST_F(SaxParse, MemoryKindFiveReadsExactlyLikeKindOne) {
+    const std::string document = "<a xmlns:q='urn:q' q:x='1'>text<b/><?p d?></a>";
+    HostRecord one;
+    one.setMemory(document, 1);
+    HostRecord five;
+    five.setMemory(document, 5);
+    EXPECT_EQ(drain(one), drain(five));
+}
+
+TEST_F(SaxParse, InputKindTwoIsNotSupported) {
+    HostRecord record;
+    record.setMemory("<r/>", 2);
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorText(), "Not supported");
+    EXPECT_EQ(record.errorCode(), -1);
+    EXPECT_EQ(record.head(), nullptr);
+}
+
+TEST_F(SaxParse, FileInputWithoutANameIsRefused) {
+    HostRecord record;
+    record.setInputKind(0);
+    record.setNoFile();
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+}
+
+TEST_F(SaxParse, MissingFileIsAnErrorParsingFile) {
+    HostRecord record;
+    record.setFile(dir.file("missing.xml"));
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorText(), "Error parsing file: unable to open primary document entity '" +
+                                      dir.file("missing.xml") + "'");
+    EXPECT_EQ(record.errorCode(), 3);
+}
+
+TEST_F(SaxParse, FileNameWithTwoLeadingSlashesIsOpenedWithBackslashes) {
+    HostRecord record;
+    record.setFile("//server/share/doc.xml");
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorCode(), 3);
+    // Xerces saw the network path with every slash turned round.
+    EXPECT_NE(record.errorText().find("\\\\server\\share\\doc.xml'"), std::string::npos)
+        << record.errorText();
+}
+
+TEST_F(SaxParse, OverlongXercesMessageEndsInDotsWithinTheRecordText) {
+    HostRecord record;
+    record.setFile(dir.path() + "/" + std::string(300, 'n') + ".xml");
+    EXPECT_EQ(record.first(), 0);
+    const std::string text = record.errorText();
+    EXPECT_EQ(text.size(), 255u);
+    EXPECT_EQ(text.rfind("Error parsing file: unable to open primary document entity", 0), 0u);
+    EXPECT_EQ(text.substr(252), "...");
+    // Nothing beyond the 256-byte text: the next field is untouched.
+    EXPECT_EQ(lumtest::readAt<uint32_t>(record.bytes(), 372), 0u);
+}
+
+TEST_F(SaxParse, MemoryInputWithoutBytesGivesFatalErrors) {
+    HostRecord record;
+    record.setMemory("");
+    Events events = drain(record);
+    EXPECT_EQ(events, (Events{
+                          "StartDocument/0 @1:1",
+                          "FatalError/1 \"invalid document structure\" @1:1",
+                          "FatalError/1 \"XML document cannot be empty\" @1:1",
+                          "result 0 code 0 ",
+                      }));
+}
+
+// Documents of many sizes, read from a file and from memory, give the same
+// events at the same lines and columns.
+TEST_F(SaxParse, FileAndMemoryInputGiveTheSameEventsAcrossDocumentSizes) {
+    for (int size : {0, 1, 7, 64, 500, 3000, 20000}) {
+        SCOPED_TRACE(size);
+        std::string document = "<?xml version='1.0' encoding='UTF-8'?>\n<root xmlns:n='urn:n'>\n";
+        for (int i = 0; i < size; ++i) {
+            document += "  <n:item id='" + std::to_string(i) + "' kind='k" + std::to_string(i % 7) +
+                        "'>" + std::string(static_cast<size_t>(i % 97), 'x') + "&amp;\xC3\xA9" +
+                        "<![CDATA[c" + std::to_string(i) + "]]></n:item>\n";
+            if (i % 50 == 0) document += "  <?tick " + std::to_string(i) + "?><!-- c -->\n";
+        }
+        document += "</root>\n";
+        const std::string path = dir.write("sweep.xml", document);
+        HostRecord fromFile;
+        fromFile.setFile(path);
+        HostRecord fromMemory;
+        fromMemory.setMemory(document);
+        const Events fileEvents = drain(fromFile);
+        const Events memoryEvents = drain(fromMemory);
+        EXPECT_EQ(fileEvents.back(), "result 0 code 0 ");
+        EXPECT_EQ(fileEvents.size(), memoryEvents.size());
+        EXPECT_TRUE(fileEvents == memoryEvents);
+        EXPECT_STREQ(fromFile.systemId(), path.c_str());
+    }
+}
+
+// ---- release and re-use -------------------------------------------------------
+
+TEST_F(SaxParse, DeletingANullRecordDoesNothing) { lumSAXDeleteParserInstance(nullptr); }
+
+TEST_F(SaxParse, DeletingTwiceIsHarmless) {
+    HostRecord record;
+    record.setMemory("<r a='1'>t</r>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    lumSAXDeleteParserInstance(record.get());
+    lumSAXDeleteParserInstance(record.get());
+    EXPECT_EQ(record.reader(), nullptr);
+    EXPECT_EQ(record.scanToken(), nullptr);
+    EXPECT_EQ(record.head(), nullptr);
+    EXPECT_EQ(record.publicId(), nullptr);
+    EXPECT_EQ(record.systemId(), nullptr);
+    EXPECT_EQ(lumtest::readAt<void*>(record.bytes(), lumtest::rec::kEventTail), nullptr);
+}
+
+TEST_F(SaxParse, AbandonedParseIsReleasedByDeletion) {
+    HostRecord record;
+    record.setMemory("<r><a x='1' y='2'>text</a><b/></r>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.next(), 1);
+    // The record's destructor deletes it; LeakSanitizer checks that the
+    // queued events, their strings and attribute lists are gone.
+}
+
+TEST_F(SaxParse, NextAfterDeletionDuringTheFirstPassIsAnUnexpectedError) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    ASSERT_EQ(record.first(), 1);
+    lumSAXDeleteParserInstance(record.get());
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorText(), "Unexpected error");
+    EXPECT_EQ(record.errorCode(), 3);
+}
+
+TEST_F(SaxParse, RecordReusedMidParseFreesQueuedEventsButKeepsTheirCount) {
+    HostRecord record;
+    record.setMemory("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r a='1' b='2'/>");
+    record.setFlags(kValidate);
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    const int32_t abandoned = record.eventCount();
+    ASSERT_GT(abandoned, 1);  // errors, the element, its end, the end of document
+
+    record.setMemory("<s/>");
+    record.setFlags(0);
+    ASSERT_EQ(record.first(), 1);
+    // The old events are gone; the count was deliberately kept.
+    EXPECT_EQ(record.eventCount(), abandoned + 1);
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "StartDocument/0");
+
+    // The host may now get 1 with nothing at eventHead (the stale count
+    // says events are waiting), and goes on until the count is cleared.
+    EXPECT_EQ(record.next(), 1);
+    EXPECT_EQ(record.head(), nullptr);
+    int calls = 0;
+    while (record.head() == nullptr && calls < 3) {
+        ASSERT_EQ(record.next(), 1);
+        ++calls;
+    }
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "StartElement/4 \"\" \"s\" \"s\" [0/0 no-array]");
+    EXPECT_EQ(record.eventCount(), 3);
+    const Events rest = lumtest::collect(record, 1, noLocation());
+    EXPECT_EQ(rest, (Events{"StartElement/4 \"\" \"s\" \"s\" [0/0 no-array]",
+                            "EndElement/3 \"\" \"s\" \"s\"", "EndDocument/0", "result 0 code 0 "}));
+}
+
+TEST_F(SaxParse, SecondParseFirstOnAFinishedRecordStartsAfresh) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    const Events first = drain(record);
+    const Events second = drain(record);
+    EXPECT_EQ(first, second);
+}
+
+// ---- entity-expansion limit -----------------------------------------------------
+
+std::string billionLaughs() {
+    std::string document = "<?xml version='1.0'?><!DOCTYPE lolz [<!ENTITY lol 'lol'>";
+    for (int i = 1; i <= 9; ++i) {
+        document += "<!ENTITY lol" + std::to_string(i) + " '";
+        const std::string inner = i == 1 ? "&lol;" : "&lol" + std::to_string(i - 1) + ";";
+        for (int j = 0; j < 10; ++j) document += inner;
+        document += "'>";
+    }
+    return document + "]><lolz>&lol9;</lolz>";
+}
+
+std::string quadraticBlowup(int uses) {
+    std::string document = "<!DOCTYPE r [<!ENTITY a '" + std::string(1000, 'x') + "'>]><r>";
+    for (int i = 0; i < uses; ++i) document += "&a;";
+    return document + "</r>";
+}
+
+const char* const kLimitPrefix = "FatalError/1 \"parser has encountered more than '";
+
+TEST_F(SaxParse, BillionLaughsWithALimitEndsAfterItsFatalError) {
+    HostRecord record;
+    record.setMemory(billionLaughs());
+    record.setLimit(50000);
+    const Events events = withoutLocation(record, 200000);
+    ASSERT_GE(events.size(), 2u);
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(events[events.size() - 2].rfind(std::string(kLimitPrefix) + "50000'", 0), 0u)
+        << events[events.size() - 2];
+    // Bounded by the limit, far below the 10^8 expansions of the document.
+    EXPECT_LT(events.size(), 50000u);
+}
+
+TEST_F(SaxParse, QuadraticBlowupPastTheLimitEndsAfterItsFatalError) {
+    HostRecord record;
+    record.setMemory(quadraticBlowup(60000));
+    record.setLimit(50000);
+    const Events events = withoutLocation(record, 200000);
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(events[events.size() - 2].rfind(std::string(kLimitPrefix) + "50000'", 0), 0u);
+    EXPECT_LT(events.size(), 50100u);
+}
+
+TEST_F(SaxParse, SmallLimitEndsWithinAFewThousandEvents) {
+    HostRecord record;
+    record.setMemory(quadraticBlowup(5000));
+    record.setLimit(1000);
+    const Events events = withoutLocation(record, 200000);
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(events[events.size() - 2].rfind(std::string(kLimitPrefix) + "1000'", 0), 0u);
+    EXPECT_LT(events.size(), 1100u);
+}
+
+TEST_F(SaxParse, LimitChangedWhileStartDocumentIsAtHeadTakesEffect) {
+    HostRecord record;
+    record.setMemory(quadraticBlowup(300));
+    record.setLimit(-1);
+    ASSERT_EQ(record.first(), 1);
+    record.setLimit(100);
+    const Events events = restWithoutLocation(record, 200000);
+    EXPECT_EQ(events[events.size() - 2].rfind(std::string(kLimitPrefix) + "100'", 0), 0u);
+}
+
+TEST_F(SaxParse, NegativeLimitLeavesExpansionUnlimited) {
+    HostRecord record;
+    record.setMemory(quadraticBlowup(2000));
+    record.setLimit(-1);
+    const Events events = withoutLocation(record, 200000);
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(events[events.size() - 2], "EndDocument/0");
+}
+
+// ---- one-shot validation ------------------------------------------------------
+
+TEST_F(SaxParse, OneShotValidationOfAValidFileAnswersOneWithoutError) {
+    HostRecord record;
+    record.setFile(dir.write("v.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r/>"));
+    record.setFlags(kValidate);
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorText(), "");
+    EXPECT_EQ(record.head(), nullptr);  // no events
+}
+
+TEST_F(SaxParse, OneShotValidationReportsAFatalError) {
+    const std::string path = dir.write("bad.xml", "<r><a></r>");
+    HostRecord record;
+    record.setFile(path);
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_EQ(record.errorText(), "FATAL ERROR: file '" + path +
+                                      "', line '1', column '9', message 'expected end of tag 'a''");
+}
+
+TEST_F(SaxParse, OneShotValidationReportsTheFirstValidityError) {
+    HostRecord record;
+    record.setFile(dir.write("inv.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/><y/></r>"));
+    record.setFlags(kValidate);
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 9);
+    EXPECT_EQ(record.errorText(), "'no declaration found for element 'x''");
+}
+
+TEST_F(SaxParse, OneShotValidationRefusesMemoryInput) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    EXPECT_EQ(lumSAXParse(record.get()), 0);
+    EXPECT_EQ(record.errorText(), "Not supported");
+    EXPECT_EQ(record.errorCode(), -1);
+}
+
+TEST_F(SaxParse, OneShotValidationFindsTheDtdInTheSearchDirectories) {
+    dir.write("dtds/r.dtd", "<!ELEMENT r EMPTY>");
+    const std::string path = dir.write("docs/doc.xml", "<!DOCTYPE r SYSTEM 'r.dtd'><r/>");
+    HostRecord record;
+    record.setFile(path);
+    record.setFlags(kValidate);
+    record.setSearchPath(" " + dir.file("nothing") + " , " + dir.file("dtds"));
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+
+    HostRecord without;
+    without.setFile(path);
+    without.setFlags(kValidate);
+    EXPECT_EQ(lumSAXParse(without.get()), 1);
+    EXPECT_EQ(without.errorCode(), 10);
+    EXPECT_NE(without.errorText().find("unable to open DTD document"), std::string::npos);
+}
+
+TEST_F(SaxParse, OneShotValidationStopsAtTheExpansionLimit) {
+    HostRecord record;
+    record.setFile(dir.write("lol.xml", billionLaughs()));
+    record.setLimit(1000);
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_NE(record.errorText().find("more than '1000' entity expansions"), std::string::npos);
+}
+
+TEST_F(SaxParse, OneShotValidationOfAMissingFileReportsIt) {
+    HostRecord record;
+    record.setFile(dir.file("none.xml"));
+    EXPECT_EQ(lumSAXParse(record.get()), 1);
+    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_NE(record.errorText().find("unable to open primary document entity"),
+              std::string::npos);
+}
+
+}  // namespace

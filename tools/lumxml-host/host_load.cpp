@@ -1,0 +1,83 @@
+#include "host_load.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "commands.h"
+
+namespace host {
+
+namespace {
+
+constexpr uint32_t kValidate = 1;
+constexpr uint32_t kNamespacesOff = 2;
+
+const char* itemOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+}  // namespace
+
+bool readLoadOption(const std::vector<std::string>& arguments, size_t& i, LoadOptions& options,
+                    bool& error) {
+    if (arguments[i] == "--validate") {
+        options.validate = true;
+        return true;
+    }
+    if (arguments[i] == "--no-namespaces") {
+        options.noNamespaces = true;
+        return true;
+    }
+    std::string limit;
+    if (readOption(arguments, i, "--limit", limit, error)) {
+        char* end = nullptr;
+        long value = std::strtol(limit.c_str(), &end, 10);
+        if (error || end == limit.c_str() || *end != '\0') {
+            std::fprintf(stderr, "lumxml-host: --limit needs a number\n");
+            error = true;
+        }
+        options.hasLimit = true;
+        options.limit = static_cast<int32_t>(value);
+        return true;
+    }
+    return readOption(arguments, i, "--search", options.searchDirectories, error) ||
+           readOption(arguments, i, "--schema", options.schemaLocation, error) ||
+           readOption(arguments, i, "--noNamespaceSchema", options.noNamespaceSchemaLocation,
+                      error);
+}
+
+bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument& loaded) {
+    char errorBuffer[257] = {0};
+    int32_t errorCode = 0;
+    x.lumInitDocument(&loaded.cell, 1, errorBuffer, &errorCode);
+    if (errorCode != 0) {
+        loaded.code = errorCode;
+        loaded.message = errorBuffer;
+        return false;
+    }
+    uint32_t flags = (options.validate ? kValidate : 0) | (options.noNamespaces ? kNamespacesOff : 0);
+    const char* locations[3] = {itemOrNull(options.searchDirectories),
+                                itemOrNull(options.schemaLocation),
+                                itemOrNull(options.noNamespaceSchemaLocation)};
+    char encoding[257] = {0};
+    x.lumDocLoad(&loaded.cell, flags, 0, encoding, options.file.c_str(), nullptr, 0, nullptr,
+                 options.hasLimit ? &options.limit : nullptr, 0, locations, errorBuffer,
+                 &errorCode);
+    loaded.code = errorCode;
+    loaded.message = errorBuffer;
+    loaded.encoding = encoding;
+    return true;
+}
+
+void deleteLikeAHost(const Exports& x, LoadedDocument& loaded) {
+    if (loaded.cell == nullptr) return;
+    char errorBuffer[257] = {0};
+    int32_t errorCode = 0;
+    x.lumDocDelete(loaded.cell, errorBuffer, &errorCode);
+    if (errorCode != 0) std::printf("delete: code %d, message: %s\n", errorCode, errorBuffer);
+    loaded.cell = nullptr;
+}
+
+bool isFailingLoadCode(int32_t code) { return code != 0 && code != 8; }
+
+}  // namespace host
