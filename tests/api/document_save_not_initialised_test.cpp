@@ -8,6 +8,7 @@
 #include "host_save.h"
 #include "host_test.h"
 #include "lumxml.h"
+#include "wide_names.h"
 
 using namespace lumtest;
 
@@ -47,7 +48,7 @@ TEST(DocumentSaveNotInitialised, WideFileIsCreatedBeforeTheAnswer) {
     wide.back() = u'\u00e9';
     ErrorSlot error;
     void* cell = nullptr;
-    lumDocSaveW(&cell, 0, 0, 0, 0, nullptr, wide.c_str(), nullptr, nullptr, 0, nullptr,
+    lumDocSaveW(&cell, 0, 0, 0, 0, nullptr, lumtest::wideUnits(wide), nullptr, nullptr, 0, nullptr,
                 error.buffer, &error.code);
     EXPECT_EQ(error.code, 2);
     EXPECT_EQ(error.text(), "XML Parser not initialized");

@@ -16,6 +16,7 @@
 #include "host_save.h"
 #include "host_test.h"
 #include "lumxml.h"
+#include "wide_names.h"
 
 using namespace lumtest;
 
@@ -277,11 +278,10 @@ TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
     wide += u"/d\u00e9j\u00e0-\u4e2d\u6587.xml";
     SaveArgs args;
     args.target = 0;
-    args.wideFileName = wide.c_str();
+    args.wideFileName = lumtest::wideUnits(wide);
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 0) << answer.message;
-    EXPECT_EQ(readFile(dir.file("d\xc3\xa9j\xc3\xa0-\xe4\xb8\xad\xe6\x96\x87.xml")),
-              std::string(kDecl) + "<r/>");
+    EXPECT_EQ(lumtest::readWideNamedFile(wide), std::string(kDecl) + "<r/>");
 }
 
 TEST_F(DocumentSave, FileThatCannotBeOpenedIsAnInvalidPath) {
@@ -302,7 +302,7 @@ TEST_F(DocumentSave, WideFileThatCannotBeOpenedIsAnInvalidPath) {
     load(document, "<r/>");
     SaveArgs args;
     args.target = 0;
-    args.wideFileName = u"/nonexistent-dir/\u00e9/out.xml";
+    args.wideFileName = lumtest::wideUnits(u"/nonexistent-dir/\u00e9/out.xml");
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 11);
     EXPECT_EQ(answer.message, "XML Parser Exception: Invalid file or path name");

@@ -18,6 +18,11 @@ inline const lum_wchar_t* wideUnits(const std::u16string& text) {
     return reinterpret_cast<const lum_wchar_t*>(text.c_str());
 }
 
+// The same for a literal (u"..."), which lives as long as the program.
+inline const lum_wchar_t* wideUnits(const char16_t* literal) {
+    return reinterpret_cast<const lum_wchar_t*>(literal);
+}
+
 // Whole content of the file with that UTF-16 name ("" when it cannot be
 // read): UTF-8 bytes on Linux, the wide name itself on Windows, as lumxml
 // opens it.
