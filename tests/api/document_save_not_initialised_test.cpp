@@ -1,6 +1,7 @@
 // Saving in a process that never calls lumInitParser: the answer is "XML
 // Parser not initialized", but a file target is made before that check, so
 // the file is created (or truncated) all the same.
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -52,7 +53,7 @@ TEST(DocumentSaveNotInitialised, WideFileIsCreatedBeforeTheAnswer) {
                 error.buffer, &error.code);
     EXPECT_EQ(error.code, 2);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
-    EXPECT_NE(std::fopen(dir.file("\xc3\xa9").c_str(), "r"), nullptr);
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(wide)));
 }
 
 TEST(DocumentSaveNotInitialised, MemoryAndUnknownKindsAnswerNotInitializedFirst) {

@@ -16,6 +16,7 @@
 #include "host_save.h"
 #include "host_test.h"
 #include "lumxml.h"
+#include "text_files.h"
 #include "wide_names.h"
 
 using namespace lumtest;
@@ -253,8 +254,9 @@ TEST_F(DocumentSave, FileGetsTheSameBytesAsMemory) {
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 0) << answer.message;
     EXPECT_FALSE(answer.handedOver);
-    EXPECT_EQ(readFile(path), std::string(kDecl) + "<r a=\"1\">x</r>");
-    EXPECT_EQ(readFile(path), saveToMemory(document.cell));
+    // A UTF-8 file is written in text mode: "\r\n" on Windows.
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r a=\"1\">x</r>"));
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(saveToMemory(document.cell)));
 }
 
 TEST_F(DocumentSave, FileIsTruncatedBeforeWriting) {
@@ -266,7 +268,7 @@ TEST_F(DocumentSave, FileIsTruncatedBeforeWriting) {
     args.target = 0;
     args.fileName = path.c_str();
     EXPECT_EQ(save(document.cell, args).code, 0);
-    EXPECT_EQ(readFile(path), std::string(kDecl) + "<r/>");
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
 TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
@@ -281,7 +283,7 @@ TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
     args.wideFileName = lumtest::wideUnits(wide);
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 0) << answer.message;
-    EXPECT_EQ(lumtest::readWideNamedFile(wide), std::string(kDecl) + "<r/>");
+    EXPECT_EQ(lumtest::readWideNamedFile(wide), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
 TEST_F(DocumentSave, FileThatCannotBeOpenedIsAnInvalidPath) {

@@ -44,16 +44,26 @@ TempDir::~TempDir() {
 
 std::string TempDir::file(const std::string& name) const { return path_ + "/" + name; }
 
+// Test paths are UTF-8 text on every platform (a Linux file name is its
+// UTF-8 bytes); Windows would read a narrow name in its ANSI code page.
+#if defined(_WIN32)
+static std::filesystem::path pathOf(const std::string& utf8) { return std::filesystem::u8path(utf8); }
+static std::string textOf(const std::filesystem::path& path) { return path.u8string(); }
+#else
+static std::filesystem::path pathOf(const std::string& utf8) { return utf8; }
+static std::string textOf(const std::filesystem::path& path) { return path.string(); }
+#endif
+
 std::string TempDir::write(const std::string& name, const std::string& content) const {
-    std::filesystem::path full = file(name);
+    std::filesystem::path full = pathOf(file(name));
     std::filesystem::create_directories(full.parent_path());
     std::ofstream out(full, std::ios::binary);
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
-    return full.string();
+    return textOf(full);
 }
 
 std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(pathOf(path), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 

@@ -26,3 +26,12 @@ target_link_libraries(lumxml_test_support INTERFACE lumxml)
 # (dom_peek.h) without linking it; on Linux those headers are in the system
 # include path, here they are in the Xerces-C build of the cache.
 target_include_directories(lumxml_test_support SYSTEM INTERFACE ${XercesC_INCLUDE_DIRS})
+
+# Paths built into the tests name Linux folders. Under Wine "/work/x" is
+# "\work\x" on the current drive, which Xerces-C takes for a relative path;
+# the same folder as a Windows path is "Z:/work/x" (Wine maps Z: to /).
+foreach(target lumxml_internal lumxml_test_support)
+  get_target_property(definitions ${target} INTERFACE_COMPILE_DEFINITIONS)
+  list(TRANSFORM definitions REPLACE "^(LUMXML_[A-Z_]+_DIR)=\"/" "\\1=\"Z:/")
+  set_target_properties(${target} PROPERTIES INTERFACE_COMPILE_DEFINITIONS "${definitions}")
+endforeach()
