@@ -126,6 +126,9 @@ TEST_F(Resolver, FileInNoDirectoryGivesNull) {
 }
 
 TEST_F(Resolver, UrlDirectoryIsTriedAfterTheLocalFile) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "builds a POSIX file: URL (file:// + /path)";
+#endif
     dir.write("u/z.ent", "by url");
     std::string list = "file://" + dir.file("u") + "/";
     LumEntityResolver resolver(list.c_str());
@@ -163,6 +166,9 @@ TEST_F(Resolver, AbsoluteSystemIdsAreNeverLookedUpInTheList) {
 }
 
 TEST_F(Resolver, AbsoluteSystemIdKinds) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "POSIX rules: on Windows /etc/x is drive-relative and a:b has a drive letter";
+#endif
     EXPECT_TRUE(isAbsoluteSystemId(u"/etc/x"));
     EXPECT_TRUE(isAbsoluteSystemId(u"http://h/x"));
     EXPECT_TRUE(isAbsoluteSystemId(u"file:///x"));
