@@ -12,6 +12,28 @@
 namespace lumxml {
 namespace platform {
 
+#if defined(_WIN32)
+
+// lumxml never changes the C locale, so _stricmp folds ASCII letters only.
+int compareIgnoringCase(const char* a, const char* b) { return _stricmp(a, b); }
+
+std::FILE* openFile(const char* name, const char* mode) {
+    if (name == nullptr) return nullptr;
+    return std::fopen(name, mode);
+}
+
+// lum_wchar_t is wchar_t (UTF-16) here: the name goes to _wfopen as it is,
+// with the same mode in wide characters (L"wb", L"w", ...).
+std::FILE* openFile(const lum_wchar_t* name, const char* mode) {
+    if (name == nullptr) return nullptr;
+    wchar_t wideMode[8] = {0};
+    for (size_t i = 0; mode[i] != '\0' && i + 1 < sizeof wideMode / sizeof wideMode[0]; ++i)
+        wideMode[i] = static_cast<wchar_t>(static_cast<unsigned char>(mode[i]));
+    return _wfopen(name, wideMode);
+}
+
+#else
+
 int compareIgnoringCase(const char* a, const char* b) {
     for (;; ++a, ++b) {
         unsigned char ca = static_cast<unsigned char>(*a);
@@ -27,12 +49,9 @@ std::FILE* openFile(const char* name, const char* mode) {
     return std::fopen(name, mode);
 }
 
+// No wide fopen on POSIX: the UTF-16 name is converted to UTF-8 first.
 std::FILE* openFile(const lum_wchar_t* name, const char* mode) {
     if (name == nullptr) return nullptr;
-#if defined(_WIN32)
-    std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
-    return _wfopen(name, wideMode.c_str());
-#else
     const UChar* units = reinterpret_cast<const UChar*>(name);
     int32_t needed = 0;
     UErrorCode status = U_ZERO_ERROR;
@@ -43,8 +62,9 @@ std::FILE* openFile(const lum_wchar_t* name, const char* mode) {
     if (U_FAILURE(status)) return nullptr;
     utf8.resize(static_cast<size_t>(needed));
     return std::fopen(utf8.c_str(), mode);
-#endif
 }
+
+#endif
 
 }  // namespace platform
 }  // namespace lumxml

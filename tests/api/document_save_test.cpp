@@ -16,6 +16,8 @@
 #include "host_save.h"
 #include "host_test.h"
 #include "lumxml.h"
+#include "text_files.h"
+#include "wide_names.h"
 
 using namespace lumtest;
 
@@ -252,8 +254,9 @@ TEST_F(DocumentSave, FileGetsTheSameBytesAsMemory) {
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 0) << answer.message;
     EXPECT_FALSE(answer.handedOver);
-    EXPECT_EQ(readFile(path), std::string(kDecl) + "<r a=\"1\">x</r>");
-    EXPECT_EQ(readFile(path), saveToMemory(document.cell));
+    // A UTF-8 file is written in text mode: "\r\n" on Windows.
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r a=\"1\">x</r>"));
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(saveToMemory(document.cell)));
 }
 
 TEST_F(DocumentSave, FileIsTruncatedBeforeWriting) {
@@ -265,7 +268,7 @@ TEST_F(DocumentSave, FileIsTruncatedBeforeWriting) {
     args.target = 0;
     args.fileName = path.c_str();
     EXPECT_EQ(save(document.cell, args).code, 0);
-    EXPECT_EQ(readFile(path), std::string(kDecl) + "<r/>");
+    EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
 TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
@@ -277,11 +280,10 @@ TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
     wide += u"/d\u00e9j\u00e0-\u4e2d\u6587.xml";
     SaveArgs args;
     args.target = 0;
-    args.wideFileName = wide.c_str();
+    args.wideFileName = lumtest::wideUnits(wide);
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 0) << answer.message;
-    EXPECT_EQ(readFile(dir.file("d\xc3\xa9j\xc3\xa0-\xe4\xb8\xad\xe6\x96\x87.xml")),
-              std::string(kDecl) + "<r/>");
+    EXPECT_EQ(lumtest::readWideNamedFile(wide), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
 TEST_F(DocumentSave, FileThatCannotBeOpenedIsAnInvalidPath) {
@@ -302,7 +304,7 @@ TEST_F(DocumentSave, WideFileThatCannotBeOpenedIsAnInvalidPath) {
     load(document, "<r/>");
     SaveArgs args;
     args.target = 0;
-    args.wideFileName = u"/nonexistent-dir/\u00e9/out.xml";
+    args.wideFileName = lumtest::wideUnits(u"/nonexistent-dir/\u00e9/out.xml");
     SaveAnswer answer = save(document.cell, args);
     EXPECT_EQ(answer.code, 11);
     EXPECT_EQ(answer.message, "XML Parser Exception: Invalid file or path name");

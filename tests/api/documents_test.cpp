@@ -117,6 +117,9 @@ TEST_F(Documents, NameWithTwoLeadingSlashesReachesXercesWithBackslashes) {
 }
 
 TEST_F(Documents, NameWithOneLeadingSlashIsParsedUnchanged) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "a POSIX path: Windows paths start with a drive letter";
+#endif
     HostDocument document;
     std::string path = dir.write("sub/one.xml", "<one/>");
     ASSERT_EQ(path[0], '/');
@@ -126,6 +129,9 @@ TEST_F(Documents, NameWithOneLeadingSlashIsParsedUnchanged) {
 }
 
 TEST_F(Documents, FileUrlIsLoaded) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "builds a POSIX file: URL (file:// + /path)";
+#endif
     HostDocument document;
     std::string path = dir.write("url.xml", "<viaUrl/>");
     LoadAnswer answer = document.loadFile("file://" + path);

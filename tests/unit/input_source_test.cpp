@@ -15,34 +15,16 @@
 #include "dom/input_source.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "host_test.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
 
 namespace {
 
-// A temporary directory of its own (unit tests do not link the host
-// helpers, which call the exports).
-class ScratchDir {
-public:
-    ScratchDir() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "lumxml-unit-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~ScratchDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string write(const std::string& name, const std::string& content) const {
-        std::string full = path_ + "/" + name;
-        std::ofstream(full, std::ios::binary) << content;
-        return full;
-    }
-
-private:
-    std::string path_;
-};
+// The shared temporary folder of the test support (mkdtemp on Linux, a
+// portable equivalent on Windows).
+using ScratchDir = lumtest::TempDir;
 
 class InputSources : public ::testing::Test {
 protected:

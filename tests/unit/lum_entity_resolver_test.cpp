@@ -13,34 +13,16 @@
 #include "dom/lum_entity_resolver.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "host_test.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
 
 namespace {
 
-class ScratchDir {
-public:
-    ScratchDir() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "lumxml-unit-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~ScratchDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-    std::string write(const std::string& name, const std::string& content) const {
-        std::filesystem::path full = file(name);
-        std::filesystem::create_directories(full.parent_path());
-        std::ofstream(full, std::ios::binary) << content;
-        return full.string();
-    }
-
-private:
-    std::string path_;
-};
+// The shared temporary folder of the test support (mkdtemp on Linux, a
+// portable equivalent on Windows).
+using ScratchDir = lumtest::TempDir;
 
 class Resolver : public ::testing::Test {
 protected:
@@ -144,6 +126,9 @@ TEST_F(Resolver, FileInNoDirectoryGivesNull) {
 }
 
 TEST_F(Resolver, UrlDirectoryIsTriedAfterTheLocalFile) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "builds a POSIX file: URL (file:// + /path)";
+#endif
     dir.write("u/z.ent", "by url");
     std::string list = "file://" + dir.file("u") + "/";
     LumEntityResolver resolver(list.c_str());
@@ -181,6 +166,9 @@ TEST_F(Resolver, AbsoluteSystemIdsAreNeverLookedUpInTheList) {
 }
 
 TEST_F(Resolver, AbsoluteSystemIdKinds) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "POSIX rules: on Windows /etc/x is drive-relative and a:b has a drive letter";
+#endif
     EXPECT_TRUE(isAbsoluteSystemId(u"/etc/x"));
     EXPECT_TRUE(isAbsoluteSystemId(u"http://h/x"));
     EXPECT_TRUE(isAbsoluteSystemId(u"file:///x"));

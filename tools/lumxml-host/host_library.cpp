@@ -2,12 +2,48 @@
 
 #include <cstdlib>
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 
 namespace host {
 
+// The only platform-specific part of the host: loading a shared library and
+// looking up a name in it (dlopen/dlsym, LoadLibrary/GetProcAddress).
+namespace {
+
+#if defined(_WIN32)
+void* loadLibrary(const std::string& path, std::string& error) {
+    HMODULE module = LoadLibraryA(path.c_str());
+    if (module == nullptr) {
+        error = "LoadLibrary failed with error " + std::to_string(GetLastError());
+        return nullptr;
+    }
+    return reinterpret_cast<void*>(module);
+}
+void* findSymbol(void* handle, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), name));
+}
+void closeLibrary(void* handle) { FreeLibrary(static_cast<HMODULE>(handle)); }
+#else
+void* loadLibrary(const std::string& path, std::string& error) {
+    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        const char* reason = dlerror();
+        error = reason != nullptr ? reason : "unknown error";
+    }
+    return handle;
+}
+void* findSymbol(void* handle, const char* name) { return dlsym(handle, name); }
+void closeLibrary(void* handle) { dlclose(handle); }
+#endif
+
+}  // namespace
+
 HostLibrary::~HostLibrary() {
-    if (handle_ != nullptr) dlclose(handle_);
+    if (handle_ != nullptr) closeLibrary(handle_);
 }
 
 int HostLibrary::exportsExpected() {
@@ -20,14 +56,10 @@ int HostLibrary::exportsExpected() {
 
 bool HostLibrary::open(const std::string& path) {
     path_ = path;
-    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle_ == nullptr) {
-        const char* reason = dlerror();
-        error_ = reason != nullptr ? reason : "unknown error";
-        return false;
-    }
-#define LUMXML_HOST_EXPORT(name)                                               \
-    exports_.name = reinterpret_cast<decltype(exports_.name)>(dlsym(handle_, #name)); \
+    handle_ = loadLibrary(path, error_);
+    if (handle_ == nullptr) return false;
+#define LUMXML_HOST_EXPORT(name)                                                      \
+    exports_.name = reinterpret_cast<decltype(exports_.name)>(findSymbol(handle_, #name)); \
     if (exports_.name != nullptr) ++found_;
 #include "export_names.inc"
 #undef LUMXML_HOST_EXPORT
