@@ -10,6 +10,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "frame/error_report.h"
+#include "frame/guarded_trans_service.h"
 #include "frame/host_codec.h"
 #include "frame/platform.h"
 
@@ -68,6 +69,7 @@ void startXerces(bool found, const char* codePage) {
     codec::select(name);
     XMLPlatformUtils::Initialize(kInitialDomHeap, kMaxDomHeap, kMaxDomSubAllocation,
                                  XMLUni::fgXercescDefaultLocale);
+    guardTranscodingService();
     initialised = true;
 }
 

@@ -139,6 +139,23 @@ TEST_F(HostileSax, MalformedBytesGiveFatalErrorEventsNotCrashes) {
     }
 }
 
+// The reader goes on after the fatal error about the name, and the name
+// then reached ICU, whose converter lookup overflowed a stack buffer with
+// names of many non-ASCII characters. Such names are now unsupported.
+TEST_F(HostileSax, LongNonAsciiEncodingNameIsAnErrorNotACrash) {
+    std::u16string declaration = u"<?xml version=\"1.0\" encoding=\"UTF";
+    declaration.append(50, u'\uEEEE');
+    declaration += u"\"?><r>x</r>";
+    std::string bytes("\xFF\xFE", 2);
+    for (char16_t unit : declaration) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+        bytes.push_back(static_cast<char>(unit >> 8));
+    }
+    Pull p = pull(bytes);
+    EXPECT_GE(count(p, "FatalError"), 1u);
+    EXPECT_EQ(p.lastResult, 0);
+}
+
 TEST_F(HostileSax, EveryPrefixOfARichDocumentEndsCleanly) {
     const std::string rich =
         "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE r [<!ENTITY e 'ent'>"

@@ -18,7 +18,7 @@ void printUsage(std::FILE* out) {
                  "The library is PATH, else $LUMXML_LIBRARY, else the one built beside\n"
                  "this program.\n\ncommands:\n");
     for (const Command& command : commands())
-        std::fprintf(out, "  %-40s %s\n", command.synopsis, command.description);
+        std::fprintf(out, "  %s\n      %s\n", command.synopsis, command.description);
 }
 
 const Command* findCommand(const std::string& name) {
