@@ -26,19 +26,9 @@ void startXerces() {
     (void)started;
 }
 
-const std::string& document(int64_t megabytes) {
-    static std::string cached;
-    static int64_t cachedSize = -1;
-    if (cachedSize != megabytes) {
-        cached = bench::catalogue(static_cast<size_t>(megabytes) << 20);
-        cachedSize = megabytes;
-    }
-    return cached;
-}
-
 void XercesDomLoad(benchmark::State& state) {
     startXerces();
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     for (auto _ : state) {
         XercesDOMParser parser;
         parser.setDoNamespaces(true);
@@ -60,7 +50,7 @@ public:
 
 void XercesSax2Parse(benchmark::State& state) {
     startXerces();
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     for (auto _ : state) {
         SAX2XMLReaderImpl reader;
         CountingHandler handler;
@@ -74,7 +64,7 @@ void XercesSax2Parse(benchmark::State& state) {
 }
 
 void Libxml2DomLoad(benchmark::State& state) {
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     for (auto _ : state) {
         xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), "MEMPTR",
                                       nullptr, XML_PARSE_NONET);
@@ -85,7 +75,7 @@ void Libxml2DomLoad(benchmark::State& state) {
 }
 
 void Libxml2Save(benchmark::State& state) {
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), "MEMPTR", nullptr,
                                   XML_PARSE_NONET);
     for (auto _ : state) {
@@ -101,7 +91,7 @@ void Libxml2Save(benchmark::State& state) {
 
 void XercesSave(benchmark::State& state) {
     startXerces();
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     XercesDOMParser parser;
     parser.setDoNamespaces(true);
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
@@ -123,7 +113,7 @@ void XercesSave(benchmark::State& state) {
 }
 
 void Libxml2SaxParse(benchmark::State& state) {
-    const std::string& text = document(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     for (auto _ : state) {
         xmlSAXHandler handler;
         std::memset(&handler, 0, sizeof handler);

@@ -1,5 +1,7 @@
 #include "documents.h"
 
+#include "lumxml.h"
+
 namespace bench {
 
 std::string catalogue(size_t bytes) {
@@ -19,6 +21,26 @@ std::string catalogue(size_t bytes) {
     }
     out += "</catalogue>\n";
     return out;
+}
+
+const std::string& cachedCatalogue(int64_t megabytes) {
+    static std::string cached;
+    static int64_t cachedSize = -1;
+    if (cachedSize != megabytes) {
+        cached = catalogue(static_cast<size_t>(megabytes) << 20);
+        cachedSize = megabytes;
+    }
+    return cached;
+}
+
+void startLibrary() {
+    static bool started = [] {
+        char error[257] = {0};
+        int32_t code = 0;
+        lumInitParser("UTF-8", error, &code);
+        return true;
+    }();
+    (void)started;
 }
 
 std::string nested(size_t depth) {

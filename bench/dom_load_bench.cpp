@@ -11,26 +11,6 @@
 
 namespace {
 
-void initialise() {
-    static bool done = [] {
-        char error[257] = {0};
-        int32_t code = 0;
-        lumInitParser("UTF-8", error, &code);
-        return true;
-    }();
-    (void)done;
-}
-
-const std::string& document(int64_t megabytes) {
-    static std::string cached;
-    static int64_t cachedSize = -1;
-    if (cachedSize != megabytes) {
-        cached = bench::catalogue(static_cast<size_t>(megabytes) << 20);
-        cachedSize = megabytes;
-    }
-    return cached;
-}
-
 struct Call {
     char error[257] = {0};
     int32_t code = 0;
@@ -48,8 +28,8 @@ void* load(const std::string& text) {
 }
 
 void LumxmlDomLoad(benchmark::State& state) {
-    initialise();
-    const std::string& text = document(state.range(0));
+    bench::startLibrary();
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     for (auto _ : state) {
         void* document = load(text);
         Call call;

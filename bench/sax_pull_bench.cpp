@@ -12,29 +12,9 @@
 
 namespace {
 
-const std::string& pullDocument(int64_t megabytes) {
-    static std::string cached;
-    static int64_t cachedSize = -1;
-    if (cachedSize != megabytes) {
-        cached = bench::catalogue(static_cast<size_t>(megabytes) << 20);
-        cachedSize = megabytes;
-    }
-    return cached;
-}
-
-void startLibrary() {
-    static bool started = [] {
-        char error[257] = {};
-        int32_t code = 0;
-        lumInitParser("UTF-8", error, &code);
-        return true;
-    }();
-    (void)started;
-}
-
 void LumSaxPull(benchmark::State& state) {
-    startLibrary();
-    const std::string& text = pullDocument(state.range(0));
+    bench::startLibrary();
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     int64_t events = 0;
     for (auto _ : state) {
         SaxParserInstance record;
@@ -58,7 +38,7 @@ void LumSaxPull(benchmark::State& state) {
 }
 
 void Libxml2TextReader(benchmark::State& state) {
-    const std::string& text = pullDocument(state.range(0));
+    const std::string& text = bench::cachedCatalogue(state.range(0));
     int64_t nodes = 0;
     for (auto _ : state) {
         xmlTextReaderPtr reader = xmlReaderForMemory(text.data(), static_cast<int>(text.size()),

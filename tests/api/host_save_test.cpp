@@ -1,6 +1,5 @@
 // The demo host's save subcommand: loads a document and saves it as a host
 // does, with the bytes on standard output (memory, stream) or in a file.
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,33 +10,14 @@
 
 #include <gtest/gtest.h>
 
+#include "run_host.h"
+
 namespace {
 
-struct HostRun {
-    int status;
-    std::string output;
-};
-
-std::string hostProgram() {
-    return (std::filesystem::path(LUMXML_LIBRARY_PATH).parent_path() / "tools" / "lumxml-host" /
-            "lumxml-host")
-        .string();
-}
+using lumtest::HostRun;
+using lumtest::runHost;
 
 // Runs the host; standard output only (the status lines go to standard error).
-HostRun runHost(const std::string& arguments) {
-    std::string command = hostProgram() + " --library " + LUMXML_LIBRARY_PATH + " " + arguments +
-                          " 2>/dev/null";
-    HostRun run{-1, ""};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char chunk[256];
-    while (size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) run.output.append(chunk, got);
-    int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
 class HostSave : public ::testing::Test {
 protected:
     void SetUp() override {

@@ -1,5 +1,4 @@
 // The demo host's sax subcommand prints each event as a host receives it.
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -8,31 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include "run_host.h"
+
 namespace {
 
-struct HostRun {
-    int status;
-    std::string output;
-};
-
-std::string hostProgram() {
-    return (std::filesystem::path(LUMXML_LIBRARY_PATH).parent_path() / "tools" / "lumxml-host" /
-            "lumxml-host")
-        .string();
-}
-
-HostRun runHost(const std::string& arguments) {
-    std::string command = hostProgram() + " --library " + LUMXML_LIBRARY_PATH + " " + arguments +
-                          " 2>/dev/null";
-    HostRun run{-1, ""};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char chunk[256];
-    while (size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) run.output.append(chunk, got);
-    int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
+using lumtest::HostRun;
+using lumtest::runHost;
 
 const std::string kExample = std::string(LUMXML_SOURCE_DIR) + "/examples/sax-events.xml";
 

@@ -15,10 +15,12 @@
 #include <gtest/gtest.h>
 
 #include "host_test.h"
+#include "hostile_documents.h"
 #include "lumxml.h"
 
 using lumtest::ErrorSlot;
 using lumtest::TempDir;
+using lumtest::billionLaughs;
 
 namespace {
 
@@ -101,16 +103,6 @@ protected:
     ErrorSlot error;
 };
 
-std::string billionLaughs() {
-    std::string text = "<!DOCTYPE l [<!ENTITY a0 \"ha\">";
-    for (int i = 1; i < 10; ++i) {
-        text += "<!ENTITY a" + std::to_string(i) + " \"";
-        for (int k = 0; k < 10; ++k) text += "&a" + std::to_string(i - 1) + ";";
-        text += "\">";
-    }
-    return text + "]><l>&a9;</l>";
-}
-
 void expectTerminatedWithinBudget(const ErrorSlot& error) {
     const void* end = std::memchr(error.buffer, '\0', sizeof error.buffer);
     ASSERT_NE(end, nullptr);
@@ -137,18 +129,9 @@ TEST_F(HostileDom, QuadraticBlowupIsNotStoppedByTheLimitButLoads) {
     EXPECT_EQ(textOf(root()).size(), 400u * 10000u);
 }
 
-std::string nested(size_t depth) {
-    std::string text;
-    text.reserve(depth * 7 + 8);
-    for (size_t i = 0; i < depth; ++i) text += "<e>";
-    text += "x";
-    for (size_t i = 0; i < depth; ++i) text += "</e>";
-    return text;
-}
-
 TEST_F(HostileDom, HundredThousandLevelsLoadWalkAndSave) {
     const size_t depth = 100000;
-    std::string text = nested(depth);
+    std::string text = lumtest::nestedElements(depth);
     load(text);
     ASSERT_EQ(error.code, 0) << error.text();
     EXPECT_EQ(textOf(root()), "x");
@@ -166,7 +149,7 @@ TEST_F(HostileDom, HundredThousandLevelsLoadWalkAndSave) {
 // the depth.
 TEST_F(HostileDom, MillionLevelsLoadWalkCloneSaveAndDelete) {
     const size_t depth = 1000000;
-    std::string text = nested(depth);
+    std::string text = lumtest::nestedElements(depth);
     load(text, 2);
     ASSERT_EQ(error.code, 0) << error.text();
     void* element = root();

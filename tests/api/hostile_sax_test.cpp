@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include "host_test.h"
+#include "hostile_documents.h"
 #include "lumxml.h"
 
 using lumtest::TempDir;
+using lumtest::billionLaughs;
 
 namespace {
 
@@ -52,16 +54,6 @@ size_t count(const Pull& p, const char* name) {
     size_t n = 0;
     for (const std::string& s : p.names) n += s == name;
     return n;
-}
-
-std::string billionLaughs() {
-    std::string text = "<!DOCTYPE l [<!ENTITY a0 \"ha\">";
-    for (int i = 1; i < 10; ++i) {
-        text += "<!ENTITY a" + std::to_string(i) + " \"";
-        for (int k = 0; k < 10; ++k) text += "&a" + std::to_string(i - 1) + ";";
-        text += "\">";
-    }
-    return text + "]><l>&a9;</l>";
 }
 
 class HostileSax : public ::testing::Test {
