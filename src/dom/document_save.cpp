@@ -15,6 +15,7 @@
 #include "out/file_out.h"
 #include "out/memio.h"
 #include "out/stream_out.h"
+#include "out/utf8_escaper.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -116,6 +117,8 @@ private:
         options.textCharEscapes = gTextCharEscapes;
         options.attrEscapes = gAttrEscapes;
         options.encoding = encoding_.get();
+        if (encoding_.get() == nullptr || Utf8Escaper::isUtf8(request_.encoding))
+            options.utf8Target = target;
         NodeWriter(*formatter_, options, additions_).write(start);
     }
 

@@ -23,6 +23,8 @@ bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
 const XMLCh kQuote[] = u"\"";
 // Markup gathered beyond this many units is handed on at once.
 constexpr size_t kPendingLimit = 8192;
+// The formatter hands its target at most this many bytes at a time.
+constexpr size_t kChunkBytes = 16384;
 
 }  // namespace
 
@@ -234,16 +236,40 @@ void NodeWriter::writeDocumentType(DOMNode* node) {
 
 void NodeWriter::markup(const XMLCh* text) {
     if (text == nullptr) return;
+    if (utf8_ != nullptr) {
+        escaped(text, XMLString::stringLen(text), XMLFormatter::NoEscapes);
+        return;
+    }
     appendMarkup(pending_, text, XMLString::stringLen(text));
     if (pending_.size() >= kPendingLimit) flush();
 }
 
 void NodeWriter::escaped(const XMLCh* text, XMLSize_t count, XMLFormatter::EscapeFlags escapes) {
+    if (utf8_ != nullptr && utf8_->append(text, count, escapes, bytes_)) {
+        if (bytes_.size() >= kChunkBytes) flushBytes();
+        return;
+    }
     flush();
     writeFormatted(formatter_, text, count, escapes);
 }
 
+void NodeWriter::flushBytes() {
+    if (bytes_.empty()) return;
+    // Cleared also when the target fails, so that nothing is written twice.
+    struct Clear {
+        std::string& bytes;
+        ~Clear() { bytes.clear(); }
+    } clear{bytes_};
+    // In pieces no larger than the formatter's own.
+    const XMLByte* data = reinterpret_cast<const XMLByte*>(bytes_.data());
+    for (size_t at = 0; at < bytes_.size(); at += kChunkBytes) {
+        size_t count = bytes_.size() - at < kChunkBytes ? bytes_.size() - at : kChunkBytes;
+        options_.utf8Target->writeChars(data + at, count, &formatter_);
+    }
+}
+
 void NodeWriter::flush() {
+    flushBytes();
     if (pending_.empty()) return;
     // Cleared also when the target fails, so that nothing is written twice.
     struct Clear {

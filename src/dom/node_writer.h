@@ -18,6 +18,7 @@
 
 #include "dom/dom_node_list.h"
 #include "dom/namespace_fixup.h"
+#include "out/utf8_escaper.h"
 
 namespace lumxml {
 
@@ -28,13 +29,19 @@ struct NodeWriterOptions {
     bool attrEscapes = false;
     // The encoding named in the XML declaration, or null for none.
     const XMLCh* encoding = nullptr;
+    // When the output is UTF-8: its target. The writer then encodes and
+    // escapes itself (the same bytes as the formatter's, learned from it)
+    // and leaves the formatter only texts with a lone surrogate.
+    XERCES_CPP_NAMESPACE::XMLFormatTarget* utf8Target = nullptr;
 };
 
 class NodeWriter {
 public:
     NodeWriter(XERCES_CPP_NAMESPACE::XMLFormatter& formatter, const NodeWriterOptions& options,
                DomNodeList& additions)
-        : formatter_(formatter), options_(options), additions_(additions) {}
+        : formatter_(formatter), options_(options), additions_(additions) {
+        if (options.utf8Target != nullptr) utf8_ = &Utf8Escaper::instance();
+    }
 
     // Writes `start` (null writes nothing) and everything below it.
     void write(XERCES_CPP_NAMESPACE::DOMNode* start);
@@ -67,12 +74,16 @@ private:
     void escaped(const XMLCh* text, XMLSize_t count,
                  XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags escapes);
     void flush();
+    // Encoded UTF-8 (fast way) handed to the target.
+    void flushBytes();
 
     XERCES_CPP_NAMESPACE::XMLFormatter& formatter_;
     NodeWriterOptions options_;
     DomNodeList& additions_;
     NamespaceFixup* fixup_ = nullptr;  // the current write's
     std::u16string pending_;            // markup not yet formatted
+    const Utf8Escaper* utf8_ = nullptr;  // the fast way, for UTF-8 output
+    std::string bytes_;                 // its bytes not yet written
 };
 
 }  // namespace lumxml

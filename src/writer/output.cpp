@@ -10,7 +10,7 @@
 #include "out/file_out.h"
 #include "out/memio.h"
 #include "out/stream_out.h"
-#include "writer/utf8_escaper.h"
+#include "out/utf8_escaper.h"
 #include "writer/writer.h"
 
 XERCES_CPP_NAMESPACE_USE

@@ -130,7 +130,7 @@ struct SAXWriter {
     const char* publishedMessage = nullptr;
     std::vector<char*> retiredMessages;    // earlier message blocks, kept until the writer goes
     // UTF-8 output is encoded and escaped by the writer itself, into these
-    // bytes, with exactly the formatter's result (writer/utf8_escaper.h).
+    // bytes, with exactly the formatter's result (out/utf8_escaper.h).
     const lumxml::Utf8Escaper* utf8Direct = nullptr;
     std::string directBytes;
 

@@ -8,7 +8,7 @@
 #include <xercesc/framework/XMLFormatter.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "writer/utf8_escaper.h"
+#include "out/utf8_escaper.h"
 
 XERCES_CPP_NAMESPACE_USE
 using lumxml::Utf8Escaper;

@@ -1,4 +1,4 @@
-#include "writer/utf8_escaper.h"
+#include "out/utf8_escaper.h"
 
 #include <cstring>
 #include <mutex>
@@ -57,9 +57,12 @@ bool Utf8Escaper::isUtf8(const char* encoding) {
 bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
                          std::string& out) const {
     const size_t start = out.size();
-    // Room for the longest case, without filling it: resize would.
-    if (out.capacity() < start + length * longest_) out.reserve(2 * (start + length * longest_));
-    out.resize(out.capacity());
+    // Room for the longest case. Only that room is filled by resize (the
+    // text's own size, not the string's spare capacity, which a buffer
+    // gathering many small pieces would fill again and again).
+    const size_t room = start + length * longest_;
+    if (out.capacity() < room) out.reserve(2 * room);
+    out.resize(room);
     char* const begin = &out[start];
     char* end = encode(text, length, flags, begin);
     out.resize(end != nullptr ? start + static_cast<size_t>(end - begin) : start);
