@@ -106,9 +106,18 @@ XMLCh* toXml(const char* text, size_t length) {
     int32_t produced = 0;
     UConverter* converter = threadConverter.get();
     if (converter == nullptr) {
-        u_strFromUTF8WithSub(reinterpret_cast<UChar*>(out), static_cast<int32_t>(capacity),
-                             &produced, text, static_cast<int32_t>(length), 0xFFFD, nullptr,
-                             &status);
+        // An ASCII run widens unit by unit; ICU takes what follows it.
+        size_t ascii = 0;
+        while (ascii < length && static_cast<unsigned char>(text[ascii]) < 0x80) {
+            out[ascii] = static_cast<XMLCh>(text[ascii]);
+            ++ascii;
+        }
+        if (ascii < length) {
+            u_strFromUTF8WithSub(reinterpret_cast<UChar*>(out + ascii),
+                                 static_cast<int32_t>(capacity - ascii), &produced, text + ascii,
+                                 static_cast<int32_t>(length - ascii), 0xFFFD, nullptr, &status);
+        }
+        produced += static_cast<int32_t>(ascii);
     } else {
         ucnv_resetToUnicode(converter);
         produced = ucnv_toUChars(converter, reinterpret_cast<UChar*>(out),
