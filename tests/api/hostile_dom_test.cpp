@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#if !defined(_WIN32)
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#endif
 
 #include <gtest/gtest.h>
 
@@ -241,6 +243,7 @@ TEST_F(HostileDom, EveryPrefixOfARichDocumentLoadsOrFailsCleanly) {
     EXPECT_EQ(error.code, 0);
 }
 
+#if !defined(_WIN32)
 // A listening socket on loopback that records whether anybody connected.
 class Listener {
 public:
@@ -271,19 +274,22 @@ private:
     int fd_ = -1;
     int port_ = 0;
 };
+#endif
 
 TEST_F(HostileDom, NoDefaultResolutionReadsNoFileAndOpensNoConnection) {
     TempDir dir;
     std::string secret = dir.write("secret.txt", "SECRET");
     std::string dtd = dir.write("ext.dtd", "<!ENTITY leak 'SECRET-DTD'>");
-    Listener listener;
-    const std::string documents[] = {
+    std::vector<std::string> documents = {
         "<!DOCTYPE r [<!ENTITY s SYSTEM 'file://" + secret + "'>]><r>&s;</r>",
         "<!DOCTYPE r [<!ENTITY % p SYSTEM 'file://" + dtd + "'>%p;]><r>&leak;</r>",
         "<!DOCTYPE r SYSTEM 'file://" + dtd + "'><r>&leak;</r>",
-        "<!DOCTYPE r SYSTEM '" + listener.url("x.dtd") + "'><r/>",
-        "<!DOCTYPE r [<!ENTITY s SYSTEM '" + listener.url("e") + "'>]><r>&s;</r>",
     };
+#if !defined(_WIN32)
+    Listener listener;
+    documents.push_back("<!DOCTYPE r SYSTEM '" + listener.url("x.dtd") + "'><r/>");
+    documents.push_back("<!DOCTYPE r [<!ENTITY s SYSTEM '" + listener.url("e") + "'>]><r>&s;</r>");
+#endif
     for (const std::string& text : documents) {
         load(text, 4);
         void* element = root();
@@ -291,7 +297,9 @@ TEST_F(HostileDom, NoDefaultResolutionReadsNoFileAndOpensNoConnection) {
             EXPECT_EQ(textOf(element).find("SECRET"), std::string::npos) << text;
         }
     }
+#if !defined(_WIN32)
     EXPECT_FALSE(listener.connected());
+#endif
 }
 
 // Documented in SECURITY.md as the host's responsibility: the entity
