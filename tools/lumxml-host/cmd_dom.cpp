@@ -175,28 +175,12 @@ int runDom(HostLibrary& library, const Arguments& arguments) {
     std::string codePage = "UTF-8";
     LoadOptions options;
     bool countOnly = false;
-    bool error = false;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == "--count") {
-            countOnly = true;
-            continue;
-        }
-        if (readOption(arguments, i, "--codepage", codePage, error) ||
-            readLoadOption(arguments, i, options, error)) {
-            if (error) return kExitUsage;
-            continue;
-        }
-        if (arguments[i].rfind("--", 0) != 0 && options.file.empty()) {
-            options.file = arguments[i];
-            continue;
-        }
-        std::fprintf(stderr, "lumxml-host dom: unexpected argument '%s'\n", arguments[i].c_str());
-        return kExitUsage;
-    }
-    if (options.file.empty()) {
-        std::fprintf(stderr, "lumxml-host dom: no file given\n");
-        return kExitUsage;
-    }
+    auto count = [&countOnly](const Arguments& args, size_t& i, bool&) {
+        if (args[i] != "--count") return false;
+        countOnly = true;
+        return true;
+    };
+    if (!readLoadArguments("dom", arguments, codePage, options, count)) return kExitUsage;
     if (!initialise(library, codePage)) return kExitFailure;
     const Exports& x = library.exports();
     LoadedDocument loaded;

@@ -88,33 +88,17 @@ int runSave(HostLibrary& library, const Arguments& arguments) {
     std::string codePage = "UTF-8";
     LoadOptions load;
     SaveOptions save;
-    bool error = false;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        if (readOption(arguments, i, "--codepage", codePage, error) ||
-            readLoadOption(arguments, i, load, error) || readTarget(arguments, i, save, error)) {
-            if (error) return kExitUsage;
-            continue;
-        }
-        if (readOption(arguments, i, "--encoding", save.encoding, error)) {
-            if (error) return kExitUsage;
+    auto saveOption = [&save](const Arguments& args, size_t& i, bool& error) {
+        if (readTarget(args, i, save, error)) return true;
+        if (readOption(args, i, "--encoding", save.encoding, error)) {
             save.hasEncoding = true;
-            continue;
+            return true;
         }
-        if (readFlag(arguments[i], "--char-escapes", save.charEscapes) ||
-            readFlag(arguments[i], "--attr-escapes", save.attrEscapes) ||
-            readFlag(arguments[i], "--no-bom", save.noByteOrderMark))
-            continue;
-        if (arguments[i].rfind("--", 0) != 0 && load.file.empty()) {
-            load.file = arguments[i];
-            continue;
-        }
-        std::fprintf(stderr, "lumxml-host save: unexpected argument '%s'\n", arguments[i].c_str());
-        return kExitUsage;
-    }
-    if (load.file.empty()) {
-        std::fprintf(stderr, "lumxml-host save: no file given\n");
-        return kExitUsage;
-    }
+        return readFlag(args[i], "--char-escapes", save.charEscapes) ||
+               readFlag(args[i], "--attr-escapes", save.attrEscapes) ||
+               readFlag(args[i], "--no-bom", save.noByteOrderMark);
+    };
+    if (!readLoadArguments("save", arguments, codePage, load, saveOption)) return kExitUsage;
     const Exports& x = library.exports();
     if (!initialiseQuietly(x, codePage)) return kExitFailure;
     x.lumMemioInit(nullptr, hostAlloc, hostRealloc);

@@ -80,4 +80,29 @@ void deleteLikeAHost(const Exports& x, LoadedDocument& loaded) {
 
 bool isFailingLoadCode(int32_t code) { return code != 0 && code != 8; }
 
+bool readLoadArguments(const char* command, const std::vector<std::string>& arguments,
+                       std::string& codePage, LoadOptions& options, const ExtraArgument& extra) {
+    bool error = false;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        if (readOption(arguments, i, "--codepage", codePage, error) ||
+            readLoadOption(arguments, i, options, error) ||
+            (extra && extra(arguments, i, error))) {
+            if (error) return false;
+            continue;
+        }
+        if (arguments[i].rfind("--", 0) != 0 && options.file.empty()) {
+            options.file = arguments[i];
+            continue;
+        }
+        std::fprintf(stderr, "lumxml-host %s: unexpected argument '%s'\n", command,
+                     arguments[i].c_str());
+        return false;
+    }
+    if (options.file.empty()) {
+        std::fprintf(stderr, "lumxml-host %s: no file given\n", command);
+        return false;
+    }
+    return true;
+}
+
 }  // namespace host

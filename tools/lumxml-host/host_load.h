@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,17 @@ struct LoadedDocument {
 // true (and i moved on) when it was one. A bad value sets `error`.
 bool readLoadOption(const std::vector<std::string>& arguments, size_t& i, LoadOptions& options,
                     bool& error);
+
+// The arguments of a subcommand that loads a file: FILE, --codepage and
+// the load options. `extra`, when given, is offered every other argument
+// first (with the index, which it may move on); it answers whether it took
+// it and sets `error` for a bad value. False (after a message naming
+// `command`) on a usage error.
+using ExtraArgument =
+    std::function<bool(const std::vector<std::string>& arguments, size_t& i, bool& error)>;
+bool readLoadArguments(const char* command, const std::vector<std::string>& arguments,
+                       std::string& codePage, LoadOptions& options,
+                       const ExtraArgument& extra = nullptr);
 
 // False when lumInitDocument failed (the document cell is then null).
 bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument& loaded);
