@@ -56,6 +56,23 @@ InputSource* tryUrl(const XMLCh* directory, const XMLCh* systemId) {
 LumSAXEntityResolver::LumSAXEntityResolver(SaxParserInstance* instance, const char* searchPath,
                                            sax::IdMemo* memo)
     : instance_(instance), memo_(memo), directories_(new XMLCh*[kMaxDirectories]()) {
+    readSearchPath(searchPath);
+}
+
+LumSAXEntityResolver::~LumSAXEntityResolver() {
+    releaseDirectories();
+    delete[] directories_;
+}
+
+void LumSAXEntityResolver::releaseDirectories() {
+    for (int i = 0; i < kMaxDirectories && directories_[i] != nullptr; ++i) {
+        XMLString::release(&directories_[i]);
+        directories_[i] = nullptr;
+    }
+}
+
+void LumSAXEntityResolver::readSearchPath(const char* searchPath) {
+    releaseDirectories();
     if (searchPath == nullptr) return;
     const char* piece = searchPath;
     while (true) {
@@ -65,13 +82,6 @@ LumSAXEntityResolver::LumSAXEntityResolver(SaxParserInstance* instance, const ch
         if (*comma == '\0') break;
         piece = comma + 1;
     }
-}
-
-LumSAXEntityResolver::~LumSAXEntityResolver() {
-    for (int i = 0; i < kMaxDirectories && directories_[i] != nullptr; ++i) {
-        XMLString::release(&directories_[i]);
-    }
-    delete[] directories_;
 }
 
 void LumSAXEntityResolver::addDirectory(const char* begin, const char* end) {

@@ -30,8 +30,14 @@ public:
     // The directories in order, each ending in a slash (null past the last).
     const XMLCh* directory(int index) const;
 
+    // Drops the directories and reads them again from `searchPath`: the
+    // restart after "StartDocument" keeps this resolver but takes the
+    // search path as the host left it in the record.
+    void readSearchPath(const char* searchPath);
+
 private:
     void addDirectory(const char* begin, const char* end);
+    void releaseDirectories();
     // The host's answer (arg3, else arg4); throws LumSAXException when
     // the callback answers 1.
     xercesc::InputSource* askHost(const XMLCh* publicId, const XMLCh* systemId);

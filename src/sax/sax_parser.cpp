@@ -295,6 +295,11 @@ int32_t restartParse(SaxParserInstance& instance) {
     newToken(instance);
     std::unique_ptr<SAX2XMLReaderImpl> fresh(newReader());
     moveHandlers(*old, *fresh);
+    // The host may have set another search path while "StartDocument" was
+    // at eventHead; the resolver handed over reads it as it stands now.
+    if (auto* resolver = dynamic_cast<LumSAXEntityResolver*>(fresh->getEntityResolver())) {
+        resolver->readSearchPath(instance.searchPath);
+    }
     applyOptions(*fresh, instance);
     deleteReader(instance);
     instance.reader = fresh.release();
