@@ -155,6 +155,38 @@ TEST_F(ConformanceSax, FieldsTheReaderDoesNotUseAreLeftAlone) {
     EXPECT_EQ(readAt<uint32_t>(record.bytes(), 372), 0x5a5a5a5au);
 }
 
+// The reset keeps eventCount, and a failed start answers 1 whenever the
+// count says events are queued, so that the host still "receives" them.
+TEST_F(ConformanceSax, FailedStartWithAStaleCountAnswersOneAndKeepsTheReason) {
+    HostRecord record;
+    record.setMemory("<r xmlns='u' xmlns:p='v'/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    ASSERT_GT(record.eventCount(), 1);  // abandoned with events queued
+
+    record.setFile(dir.file("missing.xml"));
+    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.head(), nullptr);
+    EXPECT_EQ(record.scanToken(), nullptr);  // the parse is over
+    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorText().rfind("Error parsing file: unable to open primary document", 0),
+              0u);
+
+    record.setNoFile();
+    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+}
+
+TEST_F(ConformanceSax, FailedStartWithoutEventsAnswersZero) {
+    HostRecord record;
+    record.setNoFile();
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.head(), nullptr);
+}
+
 // ---- the restart reads the record as the host left it ----------------------------
 
 TEST_F(ConformanceSax, InputChangedWhileStartDocumentIsAtHeadIsTheOneRead) {
