@@ -588,3 +588,40 @@ TEST_F(WriterConformance, EndOfDocumentPublishesTheFinalLength) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(WriterConformance, StrictAttributePrefixBoundToAnotherUriGives12WithThePrefix) {
+    openStream(true, false, true);
+    w.run(23, "a");
+    w.run(11, "urn:u", "p");
+    w.run(10, "p:x", "1", "urn:v");
+    w.run(10, "y", "2");
+    EXPECT_EQ(w.run(24, "a"), 12);
+    EXPECT_EQ(w.message(), "p");
+    EXPECT_EQ(w.stream(), "<a xmlns:p=\"urn:u\" p:x=\"1\"></a>");
+}
+
+TEST_F(WriterConformance, FormattedEmptyElementAlwaysEndsItsLine) {
+    openFragment(false, true);
+    w.run(23, "a");
+    w.run(26, "e");
+    w.run(25, "t");
+    w.run(24, "a");
+    EXPECT_EQ(w.memory(), "<a>\n  <e/>\nt</a>\n");
+}
+
+TEST_F(WriterConformance, RestartWithAnEmptyEncodingNameIsPassedOnAndFailsWith99) {
+    // Unlike opening, restarting does not turn an empty name into UTF-8.
+    w.options.encoding = "";
+    openFragment();
+    w.run(23, "a");
+    void* oldBlock = w.options.memoryBuffer;
+    w.options.memoryLength = nullptr;
+    EXPECT_EQ(w.run(12), 99);
+    std::free(oldBlock);
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.options.memoryBuffer, nullptr);
+}
+
+}  // namespace
