@@ -21,7 +21,7 @@ constexpr size_t kShortestCutQuote = 5;
 void boundPrefix(std::string& prefix) {
     const size_t longest = kErrorBudget - kShortestCutQuote;
     if (prefix.size() > longest) {
-        prefix.resize(longest - 3);
+        prefix.resize(codec::characterBoundary(prefix.data(), prefix.size(), longest - 3));
         prefix.append("...");
     }
 }
@@ -87,7 +87,9 @@ void DOMTreeErrorReporter::appendQuoted(const char* text) {
     if (room < kShortestCutQuote) return;
     std::string piece(text != nullptr ? text : "");
     if (piece.size() + 2 > room) {
-        piece.resize(room - kShortestCutQuote);
+        // Never half a character of the host code page before the dots.
+        piece.resize(
+            codec::characterBoundary(piece.data(), piece.size(), room - kShortestCutQuote));
         piece.append("...");
     }
     std::string quoted;
