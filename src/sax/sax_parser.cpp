@@ -398,7 +398,8 @@ int32_t next(SaxParserInstance& instance) {
 void copyReporterText(SaxParserInstance& instance, const DOMTreeErrorReporter& reporter) {
     std::string text(reporter.message());
     if (text.size() > kRecordErrorBudget) {
-        text.resize(kRecordErrorBudget - 3);
+        // Never half a character of the host code page before the dots.
+        text.resize(codec::characterBoundary(text.data(), text.size(), kRecordErrorBudget - 3));
         text.append("...");
     }
     std::memcpy(instance.errorText, text.c_str(), text.size() + 1);
