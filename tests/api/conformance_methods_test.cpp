@@ -667,4 +667,61 @@ TEST_F(ConformanceMethods, NodeDeleteDoesNothing) {
     EXPECT_EQ(nameOf(root), "r");
 }
 
+// The limit of method 19 is a byte counter read unsigned: -1 never stops it.
+TEST_F(ConformanceMethods, NodeValueWithNegativeLimitArrivesWhole) {
+    void* text = childOf(root, 1);
+    int32_t limit = -1;
+    char out[16];
+    std::memset(out, '#', sizeof out);
+    EXPECT_EQ(nodeCall(text, 19, {&limit}, out).code, 0);
+    EXPECT_STREQ(out, "text");
+}
+
+TEST_F(ConformanceMethods, DocumentRefusesASecondRootThroughForwardedInsert) {
+    void* second = createNode(document.cell, "second", kElement);
+    Answer answer = docCall(document.cell, 2, {second, nullptr}, nullptr);
+    EXPECT_EQ(answer.code, 6);
+    EXPECT_EQ(answer.message, "A node was inserted where it doesn't belong");
+    int32_t count = 0;
+    docCall(document.cell, 5, {}, &count);
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(ConformanceMethods, ForwardedRemoveAndReplaceOnTheDocument) {
+    void* other = createNode(document.cell, "other", kElement);
+    ASSERT_EQ(docCall(document.cell, 11, {other, root}, nullptr).code, 0);
+    EXPECT_EQ(documentElementOf(document.cell), other);
+    ASSERT_EQ(docCall(document.cell, 10, {other}, nullptr).code, 0);
+    EXPECT_EQ(documentElementOf(document.cell), nullptr);
+    int32_t index = 0;
+    void* cell = marker();
+    EXPECT_EQ(docCall(document.cell, 8, {&index}, &cell).code, 5);
+    EXPECT_EQ(cell, nullptr);
+}
+
+TEST_F(ConformanceMethods, ForwardedValueMethodsOnTheDocumentNode) {
+    char out[8] = "keep";
+    int32_t limit = 8;
+    EXPECT_EQ(docCall(document.cell, 19, {&limit}, out).code, 0);
+    EXPECT_STREQ(out, "");
+    EXPECT_EQ(docCall(document.cell, 20, {const_cast<char*>("v")}, nullptr).code, 0);
+    EXPECT_EQ(docCall(document.cell, 19, {&limit}, out).code, 0);
+    EXPECT_STREQ(out, "");
+}
+
+TEST_F(ConformanceMethods, CreatedDocumentTypeAndNotationCarryTheirNames) {
+    void* type = createNode(document.cell, "dt", 10);
+    ASSERT_NE(type, nullptr);
+    EXPECT_EQ(typeOf(type), 10);
+    EXPECT_EQ(nameOf(type), "dt");
+    void* notation = createNode(document.cell, "nt", 12);
+    ASSERT_NE(notation, nullptr);
+    EXPECT_EQ(typeOf(notation), 12);
+    EXPECT_EQ(nameOf(notation), "nt");
+    void* reference = createNode(document.cell, "er", 5);
+    ASSERT_NE(reference, nullptr);
+    EXPECT_EQ(typeOf(reference), 5);
+    EXPECT_EQ(nameOf(reference), "er");
+}
+
 }  // namespace
