@@ -347,4 +347,41 @@ TEST_F(ConformanceSave, NamesAreUppercaseInsensitiveForTheMark) {
     EXPECT_EQ(answer.bytes.substr(0, 4), std::string("\xFF\xFE<\0", 4));
 }
 
+// An explicit undeclaration on the parent does not end the walk upwards: the
+// grandparent's non-empty default is found, so the child repeats xmlns="".
+TEST_F(ConformanceSave, UndeclaredDefaultOnTheParentStillLooksFurtherUp) {
+    ASSERT_EQ(document.loadMemory("<A xmlns='urn:u'><B xmlns=''><C/></B></A>").code, 0);
+    EXPECT_EQ(saved(), kDecl + "<A xmlns=\"urn:u\"><B xmlns=\"\"><C xmlns=\"\"/></B></A>");
+}
+
+// What was written before a failure stays with the target: a stream has
+// already been handed it, a file keeps it.
+TEST_F(ConformanceSave, OutputBeforeANamespaceErrorStaysInStreamAndFile) {
+    ASSERT_EQ(document.loadMemory("<r><p:c xmlns:p='urn:one'/></r>").code, 0);
+    void* c = childOf(documentElementOf(document.cell), 0);
+    void* attr = nullptr;
+    ASSERT_EQ(nodeCall(c, 35, {const_cast<char*>("xmlns:p")}, &attr).code, 0);
+    ASSERT_EQ(nodeCall(attr, 20, {const_cast<char*>("urn:two")}, nullptr).code, 0);
+    const std::string written = kDecl + "<r><p:c";
+
+    gStreamCalls.clear();
+    SaveArgs stream;
+    stream.target = 2;
+    stream.streamWrite = recordStreamCall;
+    SaveAnswer answer = save(document.cell, stream);
+    EXPECT_EQ(answer.code, 13);
+    std::string all;
+    for (const StreamCall& call : gStreamCalls) all += call.bytes;
+    EXPECT_EQ(all, written);
+
+    TempDir dir;
+    const std::string path = dir.file("partial.xml");
+    SaveArgs file;
+    file.target = 0;
+    file.fileName = path.c_str();
+    answer = save(document.cell, file);
+    EXPECT_EQ(answer.code, 13);
+    EXPECT_EQ(readFile(path), written);
+}
+
 }  // namespace
