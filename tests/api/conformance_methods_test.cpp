@@ -39,6 +39,13 @@ protected:
     // method writes it.
     static void* marker() { return reinterpret_cast<void*>(uintptr_t{0x5a5a5a5a}); }
 
+    std::string attributeNamesOfRoot() {
+        char out[64] = "";
+        int32_t limit = sizeof out;
+        EXPECT_EQ(nodeCall(root, 12, {&limit}, out).code, 0);
+        return out;
+    }
+
     LibraryStarted started;  // before the first document is made
     HostDocument document;
     void* root = nullptr;
@@ -722,6 +729,20 @@ TEST_F(ConformanceMethods, CreatedDocumentTypeAndNotationCarryTheirNames) {
     ASSERT_NE(reference, nullptr);
     EXPECT_EQ(typeOf(reference), 5);
     EXPECT_EQ(nameOf(reference), "er");
+}
+
+// setAttributeNode answers a node that is not an attribute as the DOM does:
+// a wrong-document error (DOM code 4), with its misspelled text.
+TEST_F(ConformanceMethods, SettingANonAttributeNodeIsAWrongDocumentError) {
+    void* x = childOf(root, 0);
+    for (void* notAttribute : {x, childOf(root, 1), static_cast<void*>(nullptr)}) {
+        Answer answer = nodeCall(root, 34, {notAttribute}, nullptr);
+        EXPECT_EQ(answer.code, 6);
+        EXPECT_EQ(answer.message,
+                  "A node was used in a different document than the one the created it");
+    }
+    EXPECT_EQ(childCountOf(root), 4);
+    EXPECT_EQ(attributeNamesOfRoot(), "a,bb");
 }
 
 }  // namespace
