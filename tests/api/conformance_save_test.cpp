@@ -384,4 +384,33 @@ TEST_F(ConformanceSave, OutputBeforeANamespaceErrorStaysInStreamAndFile) {
     EXPECT_EQ(readFile(path), written);
 }
 
+// The Xerces text goes through the budget rule, which formats it: "%%"
+// arrives as "%", and a conversion with no argument is copied as it is.
+TEST_F(ConformanceSave, XmlExceptionTextIsFormattedByTheBudgetRule) {
+    appendToDocument(createNode(document.cell, "r", kElement));
+    SaveArgs args;
+    args.encoding = "x%%y%s";
+    SaveAnswer answer = save(document.cell, args);
+    EXPECT_EQ(answer.code, 11);
+    EXPECT_FALSE(answer.handedOver);
+    EXPECT_EQ(answer.message,
+              "XML Parser Exception: unable to create converter for 'x%y%s' encoding");
+}
+
+// The prefix starts the buffer afresh: what the host left there is gone,
+// unlike the DOM errors, which are appended behind it.
+TEST_F(ConformanceSave, XmlExceptionTextReplacesWhatTheBufferHeld) {
+    appendToDocument(createNode(document.cell, "r", kElement));
+    const std::string name(40, 'e');
+    SaveArgs args;
+    args.encoding = name.c_str();
+    args.bufferBefore = std::string(250, 'p');
+    SaveAnswer answer = save(document.cell, args);
+    EXPECT_EQ(answer.code, 11);
+    const std::string whole = "XML Parser Exception: unable to create converter for '" + name +
+                              "' encoding";
+    ASSERT_LE(whole.size(), 256u);
+    EXPECT_EQ(answer.message, whole);
+}
+
 }  // namespace
