@@ -745,4 +745,35 @@ TEST_F(ConformanceMethods, SettingANonAttributeNodeIsAWrongDocumentError) {
     EXPECT_EQ(attributeNamesOfRoot(), "a,bb");
 }
 
+// Unlike method 1, method 30 writes the new address whatever the host's
+// code holds; and a success leaves the host's buffer and code as they were.
+TEST_F(ConformanceMethods, CreateNodeWithNamespaceWritesEvenWhileTheHostCodeIsSet) {
+    const char* uri = "urn:u";
+    const char* qname = "e";
+    int32_t type = kElement;
+    void* args[] = {const_cast<char*>(uri), const_cast<char*>(qname), &type};
+    void* cell = nullptr;
+    ErrorSlot slot;
+    std::strcpy(slot.buffer, "host text");
+    slot.code = 99;
+    lumDocExecute(document.cell, 30, args, &cell, slot.buffer, &slot.code);
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(nameOf(cell), "e");
+    EXPECT_EQ(slot.code, 99);
+    EXPECT_EQ(slot.text(), "host text");
+}
+
+TEST_F(ConformanceMethods, SuccessfulNodeMethodLeavesBufferAndCode) {
+    int32_t limit = 8;
+    char out[8] = "";
+    void* args[] = {&limit};
+    ErrorSlot slot;
+    std::strcpy(slot.buffer, "host text");
+    slot.code = -42;
+    lumNodeExecute(root, 21, args, out, slot.buffer, &slot.code);
+    EXPECT_STREQ(out, "r");
+    EXPECT_EQ(slot.code, -42);
+    EXPECT_EQ(slot.text(), "host text");
+}
+
 }  // namespace
