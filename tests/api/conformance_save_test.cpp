@@ -336,7 +336,7 @@ TEST_F(ConformanceSave, MemoryLengthCountsTheBytesWithoutTerminator) {
     EXPECT_EQ(answer.bytes, expected);
 }
 
-TEST_F(ConformanceSave, NamesAreUppercaseInsensitiveForTheMark) {
+TEST_F(ConformanceSave, Utf16LeNameInMixedCaseGetsTheMark) {
     void* r = createNode(document.cell, "r", kElement);
     appendToDocument(r);
     SaveArgs args;
