@@ -238,7 +238,10 @@ void setAttributeNode(DOMNode* node, MethodCall& call) {
     DOMElement* element = elementOrRefuse(node, call);
     if (element == nullptr) return;
     DOMAttr* attribute = asAttribute(call.nodeArg(0));
-    if (attribute == nullptr) throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    // Xerces answers a node that is not an attribute with WRONG_DOCUMENT_ERR
+    // (it checks the type before anything else); hosts see that answer, and
+    // a null node (which Xerces cannot take) is answered the same way.
+    if (attribute == nullptr) throw DOMException(DOMException::WRONG_DOCUMENT_ERR, 0);
     // The attribute it replaces, if any, is dropped without release.
     element->setAttributeNode(attribute);
 }
