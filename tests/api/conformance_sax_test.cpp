@@ -13,6 +13,8 @@
 #include "sax_host.h"
 
 using lumtest::DrainOptions;
+using lumtest::noLocation;
+using lumtest::kNoNamespaces;
 using lumtest::HostRecord;
 using lumtest::TempDir;
 using lumtest::readAt;
@@ -24,20 +26,11 @@ namespace rec = lumtest::rec;
 
 namespace {
 
-constexpr uint32_t kNoNamespaces = 1;
-constexpr uint32_t kValidate = 2;
-
 class ConformanceSax : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { lumtest::initLibraryOnce(); }
     TempDir dir;
 };
-
-DrainOptions noLocation() {
-    DrainOptions options;
-    options.withLocation = false;
-    return options;
-}
 
 Events restOf(HostRecord& record) { return lumtest::collect(record, record.next(), noLocation()); }
 

@@ -9,6 +9,7 @@
 #include "sax_host.h"
 
 using lumtest::DrainOptions;
+using lumtest::noLocation;
 using lumtest::HostRecord;
 using lumtest::drain;
 using Events = std::vector<std::string>;
@@ -20,12 +21,6 @@ protected:
     static void SetUpTestSuite() { lumtest::initLibraryOnce("ISO-8859-1"); }
     lumtest::TempDir dir;
 };
-
-DrainOptions noLocation() {
-    DrainOptions options;
-    options.withLocation = false;
-    return options;
-}
 
 TEST_F(SaxLatin1Host, NonAsciiTextArrivesInTheHostCodePage) {
     HostRecord record;

@@ -10,14 +10,13 @@
 #include "sax_host.h"
 
 using lumtest::DrainOptions;
+using lumtest::kNoNamespaces;
+using lumtest::kValidate;
 using lumtest::HostRecord;
 using lumtest::drain;
 using Events = std::vector<std::string>;
 
 namespace {
-
-constexpr uint32_t kNoNamespaces = 1;
-constexpr uint32_t kValidate = 2;
 
 class SaxEvents : public ::testing::Test {
 protected:

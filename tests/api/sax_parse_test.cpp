@@ -11,6 +11,9 @@
 #include "sax_host.h"
 
 using lumtest::DrainOptions;
+using lumtest::noLocation;
+using lumtest::kNoNamespaces;
+using lumtest::kValidate;
 using lumtest::HostRecord;
 using lumtest::TempDir;
 using lumtest::drain;
@@ -18,21 +21,11 @@ using Events = std::vector<std::string>;
 
 namespace {
 
-constexpr uint32_t kNoNamespaces = 1;
-constexpr uint32_t kValidate = 2;
-
 class SaxParse : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { lumtest::initLibraryOnce(); }
     TempDir dir;
 };
-
-DrainOptions noLocation(size_t maxEvents = 1000000) {
-    DrainOptions options;
-    options.withLocation = false;
-    options.maxEvents = maxEvents;
-    return options;
-}
 
 Events withoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
     return drain(record, noLocation(maxEvents));

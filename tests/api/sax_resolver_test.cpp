@@ -11,6 +11,8 @@
 #include "sax_host.h"
 
 using lumtest::DrainOptions;
+using lumtest::noLocation;
+using lumtest::kValidate;
 using lumtest::HostRecord;
 using lumtest::TempDir;
 using lumtest::drain;
@@ -20,14 +22,6 @@ using lumtest::writeAt;
 using Events = std::vector<std::string>;
 
 namespace {
-
-constexpr uint32_t kValidate = 2;
-
-DrainOptions noLocation() {
-    DrainOptions options;
-    options.withLocation = false;
-    return options;
-}
 
 // What the host's callback saw, and what it answers. The callback gets no
 // argument: the host keeps its own note of the instance it drives.

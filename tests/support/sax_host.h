@@ -173,6 +173,19 @@ struct DrainOptions {
     size_t maxEvents = 1000000;
 };
 
+// The record's flag bits.
+constexpr uint32_t kNoNamespaces = 1;
+constexpr uint32_t kValidate = 2;
+constexpr uint32_t kNoDefaultResolution = 4;
+
+// Events described without their line and column.
+inline DrainOptions noLocation(size_t maxEvents = 1000000) {
+    DrainOptions options;
+    options.withLocation = false;
+    options.maxEvents = maxEvents;
+    return options;
+}
+
 // Goes on with a parse whose last call answered `result`, the way a host
 // does, and describes every event seen at eventHead. The last entry is
 // "result 0 code N text" of the final call.
