@@ -22,6 +22,9 @@ static_assert(sizeof(XMLCh) == sizeof(UChar), "XMLCh and UChar are both UTF-16 u
 std::mutex selectionMutex;
 std::string selectedName = "UTF-8";
 bool selectedIsUtf8 = true;
+// A copy of selectedIsUtf8 that readers take without the mutex: the host
+// never overlaps lumInitParser with anything else.
+std::atomic<bool> hostUtf8{true};
 std::atomic<unsigned> generation{1};
 
 // One converter per thread, reopened when lumInitParser chose another one.
@@ -82,6 +85,7 @@ bool select(const char* name) {
         std::lock_guard<std::mutex> lock(selectionMutex);
         selectedName = name;
         selectedIsUtf8 = utf8;
+        hostUtf8.store(utf8, std::memory_order_release);
     }
     generation.fetch_add(1, std::memory_order_acq_rel);
     return true;
@@ -97,14 +101,14 @@ XMLCh* toXml(const char* text) {
     return toXml(text, std::strlen(text));
 }
 
-XMLCh* toXml(const char* text, size_t length) {
-    if (text == nullptr || memory() == nullptr) return nullptr;
-    // A code page never yields more UTF-16 units than it has bytes.
-    size_t capacity = length + 1;
-    XMLCh* out = allocate<XMLCh>(capacity);
-    UErrorCode status = U_ZERO_ERROR;
+namespace {
+
+// Converts `length` bytes into `out` (room for `capacity` units, the NUL
+// included); answers the unit count, which exceeds `capacity` - 1 only when
+// a converter expanded (status U_BUFFER_OVERFLOW_ERROR).
+int32_t convertToXml(UConverter* converter, const char* text, size_t length, XMLCh* out,
+                     size_t capacity, UErrorCode& status) {
     int32_t produced = 0;
-    UConverter* converter = threadConverter.get();
     if (converter == nullptr) {
         // An ASCII run widens unit by unit; ICU takes what follows it.
         size_t ascii = 0;
@@ -124,21 +128,55 @@ XMLCh* toXml(const char* text, size_t length) {
                                  static_cast<int32_t>(capacity), text,
                                  static_cast<int32_t>(length), &status);
     }
+    return produced;
+}
+
+}  // namespace
+
+XMLCh* toXml(const char* text, size_t length) {
+    if (text == nullptr || memory() == nullptr) return nullptr;
+    // A code page never yields more UTF-16 units than it has bytes.
+    size_t capacity = length + 1;
+    XMLCh* out = allocate<XMLCh>(capacity);
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* converter = threadConverter.get();
+    int32_t produced = convertToXml(converter, text, length, out, capacity, status);
     if (status == U_BUFFER_OVERFLOW_ERROR && converter != nullptr) {
         // Not seen with ICU's code pages, but a converter may expand.
         memory()->deallocate(out);
         capacity = static_cast<size_t>(produced) + 1;
         out = allocate<XMLCh>(capacity);
         status = U_ZERO_ERROR;
-        ucnv_resetToUnicode(converter);
-        produced = ucnv_toUChars(converter, reinterpret_cast<UChar*>(out),
-                                 static_cast<int32_t>(capacity), text,
-                                 static_cast<int32_t>(length), &status);
+        produced = convertToXml(converter, text, length, out, capacity, status);
     }
     if (U_FAILURE(status) || produced < 0) produced = 0;
     out[produced] = 0;
     return out;
 }
+
+const XMLCh* toXml(const char* text, size_t length, std::basic_string<XMLCh>& out) {
+    if (text == nullptr || memory() == nullptr) return nullptr;
+    // As above: room for one unit a byte, and the NUL; the string keeps its
+    // own terminator behind that room.
+    size_t capacity = length + 1;
+    if (out.size() < capacity) out.resize(capacity);
+    UErrorCode status = U_ZERO_ERROR;
+    // A UTF-8 host needs no converter (the per-thread one would be null):
+    // skipping its look-up spares a thread-local access per text.
+    UConverter* converter = hostIsUtf8() ? nullptr : threadConverter.get();
+    int32_t produced = convertToXml(converter, text, length, &out[0], capacity, status);
+    if (status == U_BUFFER_OVERFLOW_ERROR && converter != nullptr) {
+        capacity = static_cast<size_t>(produced) + 1;
+        out.resize(capacity);
+        status = U_ZERO_ERROR;
+        produced = convertToXml(converter, text, length, &out[0], capacity, status);
+    }
+    if (U_FAILURE(status) || produced < 0) produced = 0;
+    out[static_cast<size_t>(produced)] = 0;
+    return out.data();
+}
+
+bool hostIsUtf8() { return hostUtf8.load(std::memory_order_acquire); }
 
 char* toHost(const XMLCh* text) {
     if (text == nullptr) return nullptr;

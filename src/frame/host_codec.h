@@ -27,6 +27,14 @@ std::string selected();
 // Host 8-bit -> UTF-16, allocated from Xerces' memory manager.
 XMLCh* toXml(const char* text);
 XMLCh* toXml(const char* text, size_t length);
+// The same units as toXml, into `out` (grown as needed, reused by callers
+// that convert one text after another, so that no allocation is made once
+// it is large enough). Answers the units, zero-terminated; null for null.
+const XMLCh* toXml(const char* text, size_t length, std::basic_string<XMLCh>& out);
+// True when the host code page is UTF-8: host texts are then converted
+// without an ICU converter, and a host text of ASCII and well-formed UTF-8
+// is exactly the UTF-8 form of its UTF-16 units.
+bool hostIsUtf8();
 // UTF-16 -> host 8-bit, allocated from Xerces' memory manager.
 char* toHost(const XMLCh* text);
 char* toHost(const XMLCh* text, size_t length);

@@ -58,6 +58,19 @@ public:
     void writeChars(const XMLByte* toWrite, XMLSize_t count,
                     XERCES_CPP_NAMESPACE::XMLFormatter* formatter) override;
 
+    // Room to append up to `count` bytes in place: the end of the data when
+    // a writeChars of that many bytes would not grow the block (nor find
+    // it missing), else null. Bytes put there and then committed are
+    // exactly a writeChars of them: a writer encodes straight into the
+    // block instead of through a buffer of its own.
+    uint8_t* room(XMLSize_t count) {
+        if (buffer_ == nullptr || static_cast<uint64_t>(count) + 1 + length_ >= capacity_)
+            return nullptr;
+        return buffer_ + length_;
+    }
+    // Takes `count` bytes put at room() (at most the count asked for there).
+    void commit(XMLSize_t count) { length_ += static_cast<uint32_t>(count); }
+
     // Publishes the block and the address of the live length to the host;
     // from then on every reallocation also updates *bufferOut.
     void attachHost(void** bufferOut, uint32_t** lengthOut);

@@ -97,4 +97,44 @@ char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::Esc
     return p;
 }
 
+char* Utf8Escaper::encodeUtf8(const char* text, size_t length, XMLFormatter::EscapeFlags flags,
+                              char* p) const {
+    const Bytes* table = ascii_[flags];
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
+    const unsigned char* const end = s + length;
+    auto continuation = [](unsigned char c) { return (c & 0xC0) == 0x80; };
+    while (s < end) {
+        const unsigned char c = *s;
+        if (c < 0x80) {
+            const Bytes& bytes = table[c];
+            if (bytes.length == 1) {
+                *p++ = bytes.text[0];
+            } else {
+                if (c == 0) return nullptr;
+                std::memcpy(p, bytes.text, bytes.length);
+                p += bytes.length;
+            }
+            ++s;
+        } else if (c >= 0xC2 && c <= 0xDF) {
+            // U+0080..U+07FF
+            if (end - s < 2 || !continuation(s[1])) return nullptr;
+            *p++ = static_cast<char>(s[0]);
+            *p++ = static_cast<char>(s[1]);
+            s += 2;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            // U+0800..U+FFFF, neither overlong (E0 80..9F) nor a surrogate
+            // (ED A0..BF)
+            if (end - s < 3 || !continuation(s[1]) || !continuation(s[2])) return nullptr;
+            if ((c == 0xE0 && s[1] < 0xA0) || (c == 0xED && s[1] >= 0xA0)) return nullptr;
+            *p++ = static_cast<char>(s[0]);
+            *p++ = static_cast<char>(s[1]);
+            *p++ = static_cast<char>(s[2]);
+            s += 3;
+        } else {
+            return nullptr;
+        }
+    }
+    return p;
+}
+
 }  // namespace lumxml

@@ -30,12 +30,27 @@ public:
     // True for the names of the UTF-8 encoding the fast way stands in for.
     static bool isUtf8(const char* encoding);
 
-private:
-    Utf8Escaper();
-    // Writes at `out` (room for length times longest_ bytes); the end, or
-    // null for a surrogate or a zero unit.
+    // The most bytes `length` UTF-16 units, or `length` bytes of UTF-8,
+    // can become: the room encode() and encodeUtf8() need.
+    size_t maxBytes(size_t length) const { return length * longest_; }
+
+    // Writes at `out` (room for maxBytes(length)); the end, or null for a
+    // surrogate or a zero unit (what is written then is garbage).
     char* encode(const XMLCh* text, XMLSize_t length,
                  XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags, char* out) const;
+
+    // The same bytes for a text given in UTF-8 (a host text when the host
+    // code page is UTF-8), without going through UTF-16: ASCII takes the
+    // learned escapes, a well-formed two- or three-byte character other
+    // than a surrogate is its own UTF-8 form. Null (garbage written) for
+    // anything else: four-byte characters (surrogate pairs in UTF-16),
+    // ill-formed bytes (which the host codec substitutes), a zero byte;
+    // the caller then takes the way through UTF-16.
+    char* encodeUtf8(const char* text, size_t length,
+                     XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags, char* out) const;
+
+private:
+    Utf8Escaper();
     static constexpr int kFlags = XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags_Count;
     // Per escape flag, per ASCII character: its bytes.
     struct Bytes {

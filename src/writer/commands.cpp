@@ -243,6 +243,7 @@ SAXWriter::~SAXWriter() {
     lumxml::clearPending(*this);
     lumxml::freeBindings(*this);
     delete scope;
+    lumxml::freeSpareRecords(*this);
     lumxml::deleteOutput(*this);
     for (char* old : retiredMessages) delete[] old;
 }

@@ -11,10 +11,10 @@ namespace lumxml {
 
 namespace {
 
-using Text = std::unique_ptr<std::string>;
+using Text = MaybeText;
 
-Text copyOf(const char* text) { return text != nullptr ? std::make_unique<std::string>(text) : nullptr; }
-Text copyOf(const Text& text) { return text ? std::make_unique<std::string>(*text) : nullptr; }
+Text copyOf(const char* text) { return Text(text); }
+Text copyOf(const Text& text) { return text; }
 
 // Both absent counts as the same.
 bool same(const Text& a, const Text& b) {
@@ -29,16 +29,21 @@ struct SplitName {
     std::string local;
 };
 
+// Into the given holders, reusing their room.
+void splitInto(const char* qName, Text& prefix, std::string& local) {
+    const char* colon = qName != nullptr ? std::strchr(qName, ':') : nullptr;
+    if (colon == nullptr) {
+        prefix.reset();
+        if (qName != nullptr) local.assign(qName); else local.clear();
+    } else {
+        prefix.assign(qName, colon);
+        local.assign(colon + 1);
+    }
+}
+
 SplitName split(const char* qName) {
     SplitName name;
-    if (qName == nullptr) return name;
-    const char* colon = std::strchr(qName, ':');
-    if (colon == nullptr) {
-        name.local = qName;
-    } else {
-        name.prefix = std::make_unique<std::string>(qName, colon);
-        name.local = colon + 1;
-    }
+    splitInto(qName, name.prefix, name.local);
     return name;
 }
 
@@ -129,6 +134,26 @@ NamespaceBinding* resolveElement(SAXWriter& w, const Text& prefix, const Text& u
 
 // ---- The pending list ------------------------------------------------------
 
+// An empty item, a reused one when a written tag left some.
+PendingItem* newItem(SAXWriter& w) {
+    PendingItem* item = w.spareItems;
+    if (item == nullptr) return new PendingItem;
+    w.spareItems = item->next;
+    item->next = nullptr;
+    return item;
+}
+
+void recycleItem(SAXWriter& w, PendingItem* item) {
+    item->prefix.reset();
+    item->local.clear();
+    item->value.reset();
+    item->uri.reset();
+    item->link = nullptr;
+    item->prefixFromBinding = false;
+    item->next = w.spareItems;
+    w.spareItems = item;
+}
+
 void appendPending(SAXWriter& w, PendingItem* item) {
     if (w.pendingTail == nullptr)
         w.pending = item;
@@ -137,13 +162,9 @@ void appendPending(SAXWriter& w, PendingItem* item) {
     w.pendingTail = item;
 }
 
-// Strict duplicate bookkeeping, then the attribute joins the start tag.
-void appendAttribute(SAXWriter& w, Text prefix, std::string local, Text value, Text uri) {
-    PendingItem* item = new PendingItem;
-    item->prefix = std::move(prefix);
-    item->local = std::move(local);
-    item->value = std::move(value);
-    item->uri = std::move(uri);
+// Strict duplicate bookkeeping, then the attribute (its fields filled)
+// joins the start tag.
+void appendAttribute(SAXWriter& w, PendingItem* item) {
     if (w.strict && !item->local.empty() && w.pending != nullptr) {
         for (PendingItem* earlier = w.pending->next; earlier != nullptr; earlier = earlier->next) {
             if (earlier->local != item->local) continue;
@@ -164,6 +185,14 @@ void appendAttribute(SAXWriter& w, Text prefix, std::string local, Text value, T
     appendPending(w, item);
 }
 
+void appendAttribute(SAXWriter& w, Text prefix, const char* local, Text value) {
+    PendingItem* item = newItem(w);
+    item->prefix = std::move(prefix);
+    item->local.assign(local);
+    item->value = std::move(value);
+    appendAttribute(w, item);
+}
+
 // xmlns="U" as an attribute: satisfies the pending default binding with
 // the same URI, else binds the default namespace.
 void declareDefaultByAttribute(SAXWriter& w, const char* value) {
@@ -175,7 +204,7 @@ void declareDefaultByAttribute(SAXWriter& w, const char* value) {
     } else {
         pushBinding(w, nullptr, copyOf(uri));
     }
-    appendAttribute(w, nullptr, "xmlns", std::move(uri), nullptr);
+    appendAttribute(w, nullptr, "xmlns", std::move(uri));
 }
 
 // One attribute of a start tag (list entry or command 10).
@@ -184,14 +213,18 @@ void addAttributeItem(SAXWriter& w, const char* qName, const char* value, const 
         setError(w, kErrInvalidName);
         setMessage(w, qName);
     }
-    SplitName name = split(qName);
-    if (same(name.prefix, std::string("xmlns"))) {
-        declareNamespace(w, value, name.local.c_str());
-    } else if (!name.prefix && name.local == "xmlns") {
+    PendingItem* item = newItem(w);
+    splitInto(qName, item->prefix, item->local);
+    if (item->prefix && *item->prefix == "xmlns") {
+        declareNamespace(w, value, item->local.c_str());
+        recycleItem(w, item);
+    } else if (!item->prefix && item->local == "xmlns") {
+        recycleItem(w, item);
         declareDefaultByAttribute(w, value);
     } else {
-        appendAttribute(w, std::move(name.prefix), std::move(name.local), copyOf(value),
-                        copyOf(uri));
+        item->value.assign(value);
+        item->uri.assign(uri);
+        appendAttribute(w, item);
     }
 }
 
@@ -204,10 +237,14 @@ void pushElementRecord(SAXWriter& w, const PendingItem& element, const Namespace
         if (scope.rootStarted && !w.fragment) setError(w, kErrSecondRoot);
         scope.rootStarted = true;
     }
-    ElementRecord* record = new ElementRecord;
-    record->uri = copyOf(element.uri);
+    ElementRecord* record = w.spareRecords;
+    if (record != nullptr)
+        w.spareRecords = record->next;
+    else
+        record = new ElementRecord;
+    record->uri = element.uri;
     record->local = element.local;
-    record->prefix = copyOf(element.prefix);
+    record->prefix = element.prefix;
     record->binding = binding;
     record->next = scope.open;
     scope.open = record;
@@ -217,7 +254,10 @@ void pushElementRecord(SAXWriter& w, const PendingItem& element, const Namespace
 ElementRecord* popElementRecord(SAXWriter& w) {
     if (w.scope == nullptr || w.scope->open == nullptr) return nullptr;
     WriterScope& scope = *w.scope;
-    delete scope.current;
+    if (scope.current != nullptr) {
+        scope.current->next = w.spareRecords;
+        w.spareRecords = scope.current;
+    }
     scope.current = scope.open;
     scope.open = scope.open->next;
     scope.current->next = nullptr;
@@ -352,10 +392,23 @@ void writeStartTag(SAXWriter& w, uint32_t trigger) {
 void clearPending(SAXWriter& w) {
     while (w.pending != nullptr) {
         PendingItem* next = w.pending->next;
-        delete w.pending;
+        recycleItem(w, w.pending);
         w.pending = next;
     }
     w.pendingTail = nullptr;
+}
+
+void freeSpareRecords(SAXWriter& w) {
+    while (w.spareItems != nullptr) {
+        PendingItem* next = w.spareItems->next;
+        delete w.spareItems;
+        w.spareItems = next;
+    }
+    while (w.spareRecords != nullptr) {
+        ElementRecord* next = w.spareRecords->next;
+        delete w.spareRecords;
+        w.spareRecords = next;
+    }
 }
 
 void dropBindings(SAXWriter& w, int32_t depth) {
@@ -394,15 +447,15 @@ void startElement(SAXWriter& w, const char* qName, const char* uri, const SaxAtt
                 setError(w, kErrRootNotDoctype);
         }
     }
-    SplitName name = split(qName);
-    Text namespaceUri = copyOf(uri);
-    NamespaceBinding* binding = resolveElement(w, name.prefix, namespaceUri);
-
-    PendingItem* element = new PendingItem;
-    element->prefixFromBinding = binding != nullptr && !name.prefix;
-    element->prefix = binding != nullptr ? copyOf(binding->prefix) : std::move(name.prefix);
-    element->local = std::move(name.local);
-    element->uri = binding != nullptr ? copyOf(binding->uri) : std::move(namespaceUri);
+    PendingItem* element = newItem(w);
+    splitInto(qName, element->prefix, element->local);
+    element->uri.assign(uri);
+    NamespaceBinding* binding = resolveElement(w, element->prefix, element->uri);
+    element->prefixFromBinding = binding != nullptr && !element->prefix;
+    if (binding != nullptr) {
+        element->prefix = binding->prefix;
+        element->uri = binding->uri;
+    }
     appendPending(w, element);
 
     if (w.strict) pushElementRecord(w, *element, binding);
@@ -451,9 +504,9 @@ void declareNamespace(SAXWriter& w, const char* uri, const char* prefix) {
         pushBinding(w, copyOf(p), copyOf(u));
     }
     if (p)
-        appendAttribute(w, std::make_unique<std::string>("xmlns"), *p, std::move(u), nullptr);
+        appendAttribute(w, Text(std::string("xmlns")), p->c_str(), std::move(u));
     else
-        appendAttribute(w, nullptr, "xmlns", std::move(u), nullptr);
+        appendAttribute(w, nullptr, "xmlns", std::move(u));
 }
 
 void endElement(SAXWriter& w, const char* qName, const char* uri) {

@@ -1,7 +1,6 @@
 #include "writer/markup.h"
 
 #include <cstring>
-#include <mutex>
 
 namespace lumxml {
 
@@ -49,14 +48,14 @@ Markup* build() {
     return m;
 }
 
-std::once_flag gOnce;
-Markup* gMarkup = nullptr;
-
 }  // namespace
 
 const Markup& markup() {
-    std::call_once(gOnce, [] { gMarkup = build(); });
-    return *gMarkup;
+    // A function-local static is made once even when writers start on
+    // several threads, and costs only a test of its guard afterwards (every
+    // piece of markup written asks for it).
+    static const Markup* const made = build();
+    return *made;
 }
 
 }  // namespace lumxml

@@ -1,8 +1,8 @@
 // The fixed markup strings of the writer, in UTF-16.
 //
 // They belong to the process: made once, on the first creation of any
-// writer (std::call_once, so writers may be created on several threads),
-// and kept for the life of the process.
+// writer (a function-local static, so writers may be created on several
+// threads), and kept for the life of the process.
 #pragma once
 
 #include <xercesc/util/XercesDefs.hpp>

@@ -112,24 +112,54 @@ void attachHost(SAXWriter& w, WriterOptions* options) {
 
 namespace {
 
-// Every write goes through here. For UTF-8 output the bytes are made
-// without the formatter (same bytes, much faster); a text the direct way
-// does not take (one with a surrogate) still goes to the formatter.
+// The bytes the direct way makes (`encode(out)` fills room for `maxBytes`
+// and answers the end, or null when the text is not its case) go out:
+// straight into the memory block when it has room for them without
+// growing, which is exactly what a writeChars of them would do; else
+// through directBytes and one writeChars. A text the direct way does not
+// take writes nothing and answers false.
+template <class Encode>
+bool emitDirect(SAXWriter& w, size_t maxBytes, Encode&& encode) {
+    if (w.memoryDirect) {
+        if (uint8_t* room = w.memory->room(maxBytes)) {
+            char* const begin = reinterpret_cast<char*>(room);
+            char* const end = encode(begin);
+            if (end == nullptr) return false;
+            w.memory->commit(static_cast<XMLSize_t>(end - begin));
+            return true;
+        }
+    }
+    // Only grown, never shrunk: the room is reused by every later write.
+    if (w.directBytes.size() < maxBytes) w.directBytes.resize(maxBytes);
+    char* const begin = &w.directBytes[0];
+    char* const end = encode(begin);
+    if (end == nullptr) return false;
+    if (end != begin)
+        w.target->writeChars(reinterpret_cast<const XMLByte*>(begin),
+                             static_cast<XMLSize_t>(end - begin), w.formatter);
+    return true;
+}
+
+// Every write of UTF-16 units goes through here. For UTF-8 output the bytes
+// are made without the formatter (same bytes, much faster); a text the
+// direct way does not take (one with a surrogate) still goes to the
+// formatter.
 void format(SAXWriter& w, const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags) {
     if (w.utf8Direct != nullptr) {
-        w.directBytes.clear();
-        if (w.utf8Direct->append(text, length, flags, w.directBytes)) {
-            if (!w.directBytes.empty())
-                w.target->writeChars(reinterpret_cast<const XMLByte*>(w.directBytes.data()),
-                                     w.directBytes.size(), w.formatter);
+        const Utf8Escaper& escaper = *w.utf8Direct;
+        if (emitDirect(w, escaper.maxBytes(length),
+                       [&](char* out) { return escaper.encode(text, length, flags, out); }))
             return;
-        }
     }
     w.formatter->formatBuf(text, length, flags);
 }
 
 void chooseDirectUtf8(SAXWriter& w, const char* encoding) {
     w.utf8Direct = Utf8Escaper::isUtf8(encoding) ? &Utf8Escaper::instance() : nullptr;
+    // UTF-8 host texts become UTF-8 output without UTF-16 in between, and
+    // memory output is encoded in place.
+    w.hostBytesDirect = w.utf8Direct != nullptr && codec::hostIsUtf8();
+    w.memoryDirect = w.utf8Direct != nullptr && w.memory != nullptr;
 }
 
 }  // namespace
@@ -146,9 +176,15 @@ void putUnits(SAXWriter& w, const XMLCh* text, XMLFormatter::EscapeFlags flags) 
 
 void putHost(SAXWriter& w, const char* text, XMLFormatter::EscapeFlags flags) {
     if (text == nullptr || text[0] == '\0' || w.formatter == nullptr) return;
-    // One transcoded argument per writer: the previous one goes first.
-    w.scratch = XmlString(text);
-    putUnits(w, w.scratch.get(), flags);
+    const size_t length = std::strlen(text);
+    if (w.hostBytesDirect) {
+        const Utf8Escaper& escaper = *w.utf8Direct;
+        if (emitDirect(w, escaper.maxBytes(length),
+                       [&](char* out) { return escaper.encodeUtf8(text, length, flags, out); }))
+            return;
+    }
+    // One transcoded argument per writer, in the writer's reused scratch.
+    putUnits(w, codec::toXml(text, length, w.scratch), flags);
 }
 
 void putHost(SAXWriter& w, const std::string& text, XMLFormatter::EscapeFlags flags) {
@@ -171,14 +207,14 @@ const char* textArgument(void* slot) {
 
 bool isValidQName(SAXWriter& w, const char* name) {
     if (!hasText(name)) return false;
-    w.scratch = XmlString(name);
-    return XMLChar1_0::isValidQName(w.scratch.get(), XMLString::stringLen(w.scratch.get()));
+    const XMLCh* units = codec::toXml(name, std::strlen(name), w.scratch);
+    return XMLChar1_0::isValidQName(units, XMLString::stringLen(units));
 }
 
 bool isValidName(SAXWriter& w, const char* name) {
     if (!hasText(name)) return false;
-    w.scratch = XmlString(name);
-    return XMLChar1_0::isValidName(w.scratch.get(), XMLString::stringLen(w.scratch.get()));
+    const XMLCh* units = codec::toXml(name, std::strlen(name), w.scratch);
+    return XMLChar1_0::isValidName(units, XMLString::stringLen(units));
 }
 
 // ---- Messages and codes --------------------------------------------------
@@ -202,6 +238,8 @@ void deleteOutput(SAXWriter& w) {
     delete w.formatter;
     w.formatter = nullptr;
     w.utf8Direct = nullptr;
+    w.hostBytesDirect = false;
+    w.memoryDirect = false;
     delete w.target;
     w.target = nullptr;
     w.memory = nullptr;

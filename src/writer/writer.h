@@ -6,6 +6,7 @@
 // attributes and namespaces in elements.cpp.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -23,21 +24,55 @@ namespace lumxml {
 class XMLMemOut;
 class Utf8Escaper;
 
+// A text that may be absent, held by value: no block of its own beside the
+// string, and a reused holder keeps its string's room for the next text.
+class MaybeText {
+public:
+    MaybeText() = default;
+    MaybeText(std::nullptr_t) {}  // NOLINT: reads as "no text"
+    explicit MaybeText(const char* text) { assign(text); }
+    MaybeText(const char* begin, const char* end) : present_(true), text_(begin, end) {}
+    explicit MaybeText(std::string text) : present_(true), text_(std::move(text)) {}
+
+    explicit operator bool() const { return present_; }
+    const std::string& operator*() const { return text_; }
+    const std::string* operator->() const { return &text_; }
+    const std::string* get() const { return present_ ? &text_ : nullptr; }
+
+    void assign(const char* text) {
+        present_ = text != nullptr;
+        if (present_) text_.assign(text); else text_.clear();
+    }
+    void assign(const char* begin, const char* end) {
+        present_ = true;
+        text_.assign(begin, end);
+    }
+    void reset() {
+        present_ = false;
+        text_.clear();
+    }
+
+private:
+    bool present_ = false;
+    std::string text_;
+};
+
 // A namespace binding in scope: made at the writer's depth of the element
 // that needed or declared it, dropped when that element ends.
 struct NamespaceBinding {
-    std::unique_ptr<std::string> prefix;  // null: no prefix (default namespace)
-    std::unique_ptr<std::string> uri;     // null: none (yet)
+    MaybeText prefix;  // absent: no prefix (default namespace)
+    MaybeText uri;     // absent: none (yet)
     int32_t depth = 0;
     NamespaceBinding* next = nullptr;
 };
 
-// The element or one attribute of the start tag being built.
+// The element or one attribute of the start tag being built. Items are
+// kept for reuse once their tag is written (SAXWriter::spareItems).
 struct PendingItem {
-    std::unique_ptr<std::string> prefix;
+    MaybeText prefix;
     std::string local;
-    std::unique_ptr<std::string> value;
-    std::unique_ptr<std::string> uri;
+    MaybeText value;
+    MaybeText uri;
     // A later attribute with the same local name that must not resolve to
     // the same namespace (strict duplicate bookkeeping).
     PendingItem* link = nullptr;
@@ -47,11 +82,12 @@ struct PendingItem {
     bool prefixFromBinding = false;
 };
 
-// An open element (strict mode only).
+// An open element (strict mode only). Records are kept for reuse once
+// popped (SAXWriter::spareRecords).
 struct ElementRecord {
-    std::unique_ptr<std::string> uri;
+    MaybeText uri;
     std::string local;
-    std::unique_ptr<std::string> prefix;
+    MaybeText prefix;
     const NamespaceBinding* binding = nullptr;  // compared, never read
     ElementRecord* next = nullptr;
 };
@@ -113,7 +149,7 @@ struct SAXWriter {
     lumxml::PendingItem* pendingTail = nullptr;
     lumxml::NamespaceBinding* pendingBinding = nullptr;
     lumxml::TextBuffer nameBuffer;
-    lumxml::XmlString scratch;
+    std::basic_string<XMLCh> scratch;  // reused by each transcoding
     int32_t depth = 0;
     uint32_t lastCommand = 0;
     bool formatted = false;
@@ -133,6 +169,14 @@ struct SAXWriter {
     // bytes, with exactly the formatter's result (out/utf8_escaper.h).
     const lumxml::Utf8Escaper* utf8Direct = nullptr;
     std::string directBytes;
+    // Two shortcuts of the UTF-8 way, chosen with it (tests turn them off
+    // to compare with the way through UTF-16 and writeChars):
+    bool hostBytesDirect = false;  // host texts (UTF-8 code page) encoded without UTF-16
+    bool memoryDirect = false;     // bytes encoded straight into the memory block
+    // Records of written tags and ended elements, reused by the next ones
+    // so that a command makes no allocation of its own once warm.
+    lumxml::PendingItem* spareItems = nullptr;
+    lumxml::ElementRecord* spareRecords = nullptr;
 
     ~SAXWriter();
 };
@@ -186,6 +230,7 @@ void addAttribute(SAXWriter& w, const char* qName, const char* value, const char
 void declareNamespace(SAXWriter& w, const char* uri, const char* prefix);              // 11
 void endElement(SAXWriter& w, const char* qName, const char* uri);                     // 24
 void clearPending(SAXWriter& w);
+void freeSpareRecords(SAXWriter& w);
 void dropBindings(SAXWriter& w, int32_t depth);
 void freeBindings(SAXWriter& w);
 
