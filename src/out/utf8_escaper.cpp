@@ -39,6 +39,13 @@ Utf8Escaper::Utf8Escaper() {
             if (capture.bytes.size() > longest_) longest_ = capture.bytes.size();
         }
     }
+    plainMarkup_ = true;
+    for (XMLCh c = 0x20; c < 0x7F; ++c) {
+        const Bytes& entry = ascii_[XMLFormatter::NoEscapes][c];
+        if (entry.length != 1 || entry.text[0] != static_cast<char>(c)) plainMarkup_ = false;
+    }
+    const Bytes& lineFeed = ascii_[XMLFormatter::NoEscapes]['\n'];
+    if (lineFeed.length != 1 || lineFeed.text[0] != '\n') plainMarkup_ = false;
 }
 
 const Utf8Escaper& Utf8Escaper::instance() {

@@ -30,6 +30,11 @@ public:
     // True for the names of the UTF-8 encoding the fast way stands in for.
     static bool isUtf8(const char* encoding);
 
+    // True when every printable ASCII character and the line feed is
+    // written as itself without escapes (NoEscapes): the writer's fixed
+    // markup can then be copied as it is.
+    bool plainMarkup() const { return plainMarkup_; }
+
     // The most bytes `length` UTF-16 units, or `length` bytes of UTF-8,
     // can become: the room encode() and encodeUtf8() need.
     size_t maxBytes(size_t length) const { return length * longest_; }
@@ -59,6 +64,7 @@ private:
     };
     Bytes ascii_[kFlags][128] = {};  // the zero unit stays empty: never taken
     size_t longest_ = 3;  // the most bytes one UTF-16 unit can become
+    bool plainMarkup_ = false;
 };
 
 }  // namespace lumxml

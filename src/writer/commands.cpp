@@ -111,10 +111,20 @@ constexpr CommandRule kCommands[] = {
 
 constexpr CommandRule kOtherCommand = {0, kAny, kSame, false, doNothing};
 
+// The rules indexed by command number (commands run by the million).
+constexpr int32_t kHighestCommand = 33;
+struct RuleIndex {
+    const CommandRule* rules[kHighestCommand + 1];
+    constexpr RuleIndex() : rules() {
+        for (const CommandRule*& rule : rules) rule = &kOtherCommand;
+        for (const CommandRule& rule : kCommands) rules[rule.command] = &rule;
+    }
+};
+constexpr RuleIndex kRuleIndex;
+
 const CommandRule& ruleFor(int32_t command) {
-    for (const CommandRule& rule : kCommands)
-        if (rule.command == command) return rule;
-    return kOtherCommand;
+    if (command < 0 || command > kHighestCommand) return kOtherCommand;
+    return *kRuleIndex.rules[command];
 }
 
 // ---- Running a command -----------------------------------------------------

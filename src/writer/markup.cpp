@@ -12,7 +12,7 @@ MarkupPiece make(const char* ascii) {
     XMLSize_t length = std::strlen(ascii);
     XMLCh* units = new XMLCh[length + 1];
     for (XMLSize_t i = 0; i <= length; ++i) units[i] = static_cast<XMLCh>(ascii[i]);
-    return MarkupPiece{units, length};
+    return MarkupPiece{units, length, ascii};
 }
 
 Markup* build() {

@@ -12,6 +12,7 @@ namespace lumxml {
 struct MarkupPiece {
     const XMLCh* text = nullptr;
     XMLSize_t length = 0;
+    const char* ascii = nullptr;  // the same text in ASCII (printable and line feed only)
 };
 
 struct Markup {

@@ -165,6 +165,14 @@ void chooseDirectUtf8(SAXWriter& w, const char* encoding) {
 }  // namespace
 
 void put(SAXWriter& w, const MarkupPiece& piece) {
+    // Markup is ASCII written as itself: copied straight into the block.
+    if (w.memoryDirect && w.utf8Direct->plainMarkup()) {
+        if (uint8_t* room = w.memory->room(piece.length)) {
+            std::memcpy(room, piece.ascii, piece.length);
+            w.memory->commit(piece.length);
+            return;
+        }
+    }
     if (w.formatter != nullptr) format(w, piece.text, piece.length, XMLFormatter::NoEscapes);
 }
 
@@ -174,9 +182,11 @@ void putUnits(SAXWriter& w, const XMLCh* text, XMLFormatter::EscapeFlags flags) 
     if (length != 0) format(w, text, length, flags);
 }
 
-void putHost(SAXWriter& w, const char* text, XMLFormatter::EscapeFlags flags) {
-    if (text == nullptr || text[0] == '\0' || w.formatter == nullptr) return;
-    const size_t length = std::strlen(text);
+namespace {
+
+// A host text of `length` bytes (no zero byte among them).
+void putHostBytes(SAXWriter& w, const char* text, size_t length, XMLFormatter::EscapeFlags flags) {
+    if (text == nullptr || length == 0 || w.formatter == nullptr) return;
     if (w.hostBytesDirect) {
         const Utf8Escaper& escaper = *w.utf8Direct;
         if (emitDirect(w, escaper.maxBytes(length),
@@ -187,8 +197,17 @@ void putHost(SAXWriter& w, const char* text, XMLFormatter::EscapeFlags flags) {
     putUnits(w, codec::toXml(text, length, w.scratch), flags);
 }
 
+}  // namespace
+
+void putHost(SAXWriter& w, const char* text, XMLFormatter::EscapeFlags flags) {
+    if (text == nullptr || text[0] == '\0' || w.formatter == nullptr) return;
+    putHostBytes(w, text, std::strlen(text), flags);
+}
+
+// The writer's texts are copies of host texts or of their parts: never a
+// zero byte inside, so the size is the length the host text has.
 void putHost(SAXWriter& w, const std::string& text, XMLFormatter::EscapeFlags flags) {
-    putHost(w, text.c_str(), flags);
+    putHostBytes(w, text.data(), text.size(), flags);
 }
 
 void indent(SAXWriter& w) {

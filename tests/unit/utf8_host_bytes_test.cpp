@@ -167,4 +167,12 @@ TEST_F(HostUtf8Bytes, RoomCoversTheLongestEscapes) {
     }
 }
 
+TEST_F(HostUtf8Bytes, PlainMarkupMeansPrintableAsciiIsWrittenAsItself) {
+    // The writer copies its fixed markup as it is when this holds.
+    ASSERT_TRUE(Utf8Escaper::instance().plainMarkup());
+    std::string printable = "\n";
+    for (char c = 0x20; c < 0x7F; ++c) printable += c;
+    EXPECT_EQ(throughUtf16(printable, XMLFormatter::NoEscapes), printable);
+}
+
 }  // namespace
