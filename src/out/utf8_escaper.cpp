@@ -36,6 +36,7 @@ Utf8Escaper::Utf8Escaper() {
             Bytes& entry = ascii_[flags][c];
             std::memcpy(entry.text, capture.bytes.data(), capture.bytes.size());
             entry.length = static_cast<unsigned char>(capture.bytes.size());
+            asIs_[flags][c] = entry.length == 1 && entry.text[0] == static_cast<char>(c);
             if (capture.bytes.size() > longest_) longest_ = capture.bytes.size();
         }
     }
@@ -107,12 +108,16 @@ char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::Esc
 char* Utf8Escaper::encodeUtf8(const char* text, size_t length, XMLFormatter::EscapeFlags flags,
                               char* p) const {
     const Bytes* table = ascii_[flags];
+    const bool* asIs = asIs_[flags];
     const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
     const unsigned char* const end = s + length;
     auto continuation = [](unsigned char c) { return (c & 0xC0) == 0x80; };
     while (s < end) {
         const unsigned char c = *s;
-        if (c < 0x80) {
+        if (asIs[c]) {
+            *p++ = static_cast<char>(c);
+            ++s;
+        } else if (c < 0x80) {
             const Bytes& bytes = table[c];
             if (bytes.length == 1) {
                 *p++ = bytes.text[0];

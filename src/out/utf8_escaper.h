@@ -63,6 +63,8 @@ private:
         unsigned char length;
     };
     Bytes ascii_[kFlags][128] = {};  // the zero unit stays empty: never taken
+    // Per escape flag, per byte: written as itself (ASCII only, never zero).
+    bool asIs_[kFlags][256] = {};
     size_t longest_ = 3;  // the most bytes one UTF-16 unit can become
     bool plainMarkup_ = false;
 };

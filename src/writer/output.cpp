@@ -226,8 +226,16 @@ const char* textArgument(void* slot) {
 
 bool isValidQName(SAXWriter& w, const char* name) {
     if (!hasText(name)) return false;
-    const XMLCh* units = codec::toXml(name, std::strlen(name), w.scratch);
-    return XMLChar1_0::isValidQName(units, XMLString::stringLen(units));
+    const size_t length = std::strlen(name);
+    // A UTF-8 host text always converts alike: its answer can be kept.
+    const bool keep = codec::hostIsUtf8();
+    if (keep) {
+        if (const bool* known = w.checkedQNames.find(name, length)) return *known;
+    }
+    const XMLCh* units = codec::toXml(name, length, w.scratch);
+    const bool valid = XMLChar1_0::isValidQName(units, XMLString::stringLen(units));
+    if (keep) w.checkedQNames.remember(name, length, valid);
+    return valid;
 }
 
 bool isValidName(SAXWriter& w, const char* name) {

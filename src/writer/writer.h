@@ -17,6 +17,7 @@
 #include "frame/host_codec.h"
 #include "lumxml.h"
 #include "writer/markup.h"
+#include "writer/name_cache.h"
 #include "writer/text_buffer.h"
 
 namespace lumxml {
@@ -177,6 +178,9 @@ struct SAXWriter {
     // so that a command makes no allocation of its own once warm.
     lumxml::PendingItem* spareItems = nullptr;
     lumxml::ElementRecord* spareRecords = nullptr;
+    // Answers of the strict QName check for names seen lately (UTF-8
+    // host only).
+    lumxml::NameCache checkedQNames;
 
     ~SAXWriter();
 };
