@@ -23,6 +23,11 @@ bool same(const Text& a, const Text& b) {
 }
 bool same(const Text& a, const std::string& b) { return a && *a == b; }
 
+// The text "xmlns" (asked of every attribute name and prefix: the length
+// decides most cases without a comparison).
+bool isXmlns(const std::string& text) { return text.size() == 5 && text.compare("xmlns") == 0; }
+bool isXmlns(const Text& text) { return text && isXmlns(*text); }
+
 // A name split at its first colon; no colon: no prefix.
 struct SplitName {
     Text prefix;
@@ -215,10 +220,10 @@ void addAttributeItem(SAXWriter& w, const char* qName, const char* value, const 
     }
     PendingItem* item = newItem(w);
     splitInto(qName, item->prefix, item->local);
-    if (item->prefix && *item->prefix == "xmlns") {
+    if (isXmlns(item->prefix)) {
         declareNamespace(w, value, item->local.c_str());
         recycleItem(w, item);
-    } else if (!item->prefix && item->local == "xmlns") {
+    } else if (!item->prefix && isXmlns(item->local)) {
         recycleItem(w, item);
         declareDefaultByAttribute(w, value);
     } else {
@@ -330,7 +335,7 @@ const std::string* prefixOf(const NamespaceBinding* binding) {
 void writeAttributes(SAXWriter& w, PendingItem* first) {
     const Markup& m = markup();
     for (PendingItem* item = first; item != nullptr; item = item->next) {
-        const bool declaration = same(item->prefix, std::string("xmlns"));
+        const bool declaration = isXmlns(item->prefix);
         const bool namespaced = !declaration && (item->prefix || item->uri);
         NamespaceBinding* binding = namespaced ? lookup(w, item->prefix, item->uri) : nullptr;
         const bool unbound = namespaced && binding == nullptr;

@@ -21,8 +21,8 @@ public:
     // The answer kept for the `length` bytes at `name`, or null.
     const bool* find(const char* name, size_t length) const {
         for (const Entry& entry : entries_) {
-            if (entry.used && entry.name.size() == length &&
-                std::memcmp(entry.name.data(), name, length) == 0)
+            if (entry.used && entry.name.size() == length && length != 0 &&
+                entry.name[0] == name[0] && std::memcmp(entry.name.data(), name, length) == 0)
                 return &entry.answer;
         }
         return nullptr;
