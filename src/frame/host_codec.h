@@ -33,6 +33,14 @@ char* toHost(const XMLCh* text, size_t length);
 // Host bytes of `text` appended to `out` (no allocation from Xerces).
 void appendHost(std::string& out, const XMLCh* text, size_t length);
 
+// True when the host code page is UTF-8. Read without a lock or a
+// per-thread converter, so hot paths may ask it for every string.
+bool hostIsUtf8();
+// UTF-16 -> UTF-8 without ICU, byte for byte what ICU's converter gives
+// with U+FFFD for an unpaired surrogate. `out` has room for length * 3
+// bytes; answers the bytes written (no NUL is added).
+size_t utf16ToUtf8(const XMLCh* text, size_t length, char* out);
+
 // The longest prefix of `text` (`length` bytes), at most `maxBytes` long,
 // that ends on a character boundary of the host code page: a message cut
 // to the error budget never ends in half a character.
