@@ -1,5 +1,7 @@
 #include "documents.h"
 
+#include <cstdlib>
+
 #include "lumxml.h"
 
 namespace bench {
@@ -33,23 +35,59 @@ const std::string& cachedCatalogue(int64_t megabytes) {
     return cached;
 }
 
+std::string referenceDense(size_t bytes) {
+    static const char* const kWords[] = {"the",   "quick", "brown",  "fox",    "jumps",
+                                         "over",  "lazy",  "dog",    "while",  "seven",
+                                         "tired", "owls",  "watch",  "nearby", "rivers"};
+    static const char* const kReferences[] = {"&amp;", "&lt;", "&#233;", "&#x20AC;", "&gt;",
+                                              "&quot;", "&#169;"};
+    std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<book>\n";
+    uint32_t seed = 12345;
+    auto next = [&seed] {
+        seed = seed * 1103515245u + 12345u;
+        return (seed >> 16) & 0x7fff;
+    };
+    while (out.size() < bytes) {
+        out += "<p>";
+        for (int word = 0; word < 150; ++word) {
+            if (word > 0) out += ' ';
+            if (next() % 100 < 8)
+                out += kReferences[next() % (sizeof kReferences / sizeof *kReferences)];
+            else
+                out += kWords[next() % (sizeof kWords / sizeof *kWords)];
+        }
+        out += "</p>\n";
+    }
+    out += "</book>\n";
+    return out;
+}
+
+const std::string& cachedReferenceDense(int64_t megabytes) {
+    static std::string cached;
+    static int64_t cachedSize = -1;
+    if (cachedSize != megabytes) {
+        cached = referenceDense(static_cast<size_t>(megabytes) << 20);
+        cachedSize = megabytes;
+    }
+    return cached;
+}
+
+std::string wide(int64_t children) {
+    std::string xml = "<root>";
+    xml.reserve(static_cast<size_t>(children) * 12 + 16);
+    for (int64_t i = 0; i < children; ++i) xml += i % 2 == 0 ? "<item/>" : "value";
+    xml += "</root>";
+    return xml;
+}
+
 void startLibrary() {
     static bool started = [] {
         char error[257] = {0};
         int32_t code = 0;
         lumInitParser("UTF-8", error, &code);
-        return true;
+        return code == 0;
     }();
-    (void)started;
-}
-
-std::string nested(size_t depth) {
-    std::string out;
-    out.reserve(depth * 8 + 16);
-    for (size_t i = 0; i < depth; ++i) out += "<e>";
-    out += "x";
-    for (size_t i = 0; i < depth; ++i) out += "</e>";
-    return out;
+    if (!started) std::abort();
 }
 
 }  // namespace bench

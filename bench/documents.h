@@ -1,4 +1,4 @@
-// Synthetic documents for the benchmarks.
+// Synthetic documents for the benchmarks, generated deterministically.
 #pragma once
 
 #include <cstddef>
@@ -14,10 +14,17 @@ std::string catalogue(size_t bytes);
 // catalogue(megabytes << 20), made once per size and kept.
 const std::string& cachedCatalogue(int64_t megabytes);
 
-// lumInitParser("UTF-8") once per process.
-void startLibrary();
+// Paragraphs of 150 words of prose in which 8% of the words are entity or
+// character references, about `bytes` long: text dense with references.
+std::string referenceDense(size_t bytes);
 
-// `depth` nested elements.
-std::string nested(size_t depth);
+// referenceDense(megabytes << 20), made once per size and kept.
+const std::string& cachedReferenceDense(int64_t megabytes);
+
+// One root holding `children` children, elements and texts in turn.
+std::string wide(int64_t children);
+
+// lumInitParser("UTF-8") once per process (this also starts Xerces).
+void startLibrary();
 
 }  // namespace bench

@@ -9,6 +9,7 @@
 
 #include "documents.h"
 #include "lumxml.h"
+#include "suite.h"
 
 namespace {
 
@@ -55,5 +56,9 @@ void Libxml2TextReader(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(LumSaxPull)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
-BENCHMARK(Libxml2TextReader)->Arg(1)->Arg(16)->Unit(benchmark::kMillisecond);
+void bench::registerPull() {
+    const int64_t megabytes = sizes().megabytes;
+    add("Pull", "lumxml", LumSaxPull)->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("Pull", "libxml2-reader", Libxml2TextReader, 1.0)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+}

@@ -12,6 +12,7 @@
 #include <libxml/xmlwriter.h>
 
 #include "lumxml.h"
+#include "suite.h"
 
 namespace {
 
@@ -113,5 +114,14 @@ void Libxml2TextWriterToMemory(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(LumxmlWriterToMemory)->Args({1000000, 0})->Args({1000000, 1})->Unit(benchmark::kMillisecond);
-BENCHMARK(Libxml2TextWriterToMemory)->Arg(1000000)->Unit(benchmark::kMillisecond);
+void bench::registerWriter() {
+    const int64_t elements = sizes().writerElements;
+    add("Writer", "lumxml", LumxmlWriterToMemory)
+        ->Args({elements, 0})->Unit(benchmark::kMillisecond);
+    add("Writer", "libxml2-writer", Libxml2TextWriterToMemory, 1.0)
+        ->Args({elements, 0})->Unit(benchmark::kMillisecond);
+    add("WriterStrict", "lumxml", LumxmlWriterToMemory)
+        ->Args({elements, 1})->Unit(benchmark::kMillisecond);
+    add("WriterStrict", "libxml2-writer", Libxml2TextWriterToMemory, 1.0)
+        ->Args({elements, 1})->Unit(benchmark::kMillisecond);
+}

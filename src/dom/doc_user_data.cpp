@@ -1,5 +1,6 @@
 #include "dom/doc_user_data.h"
-#include "frame/deep_stack.h"
+
+#include "dom/document_release.h"
 
 #include "frame/library_state.h"
 
@@ -34,7 +35,7 @@ void attachUserData(DOMNode* node, DocUserData* record) {
 
 DOMDocument* replaceDocument(DOMDocument* from, DOMDocument* to) {
     DocUserData* record = detachUserData(asNode(from));
-    releaseDeep(asNode(from));
+    releaseDocument(from);
     attachUserData(asNode(to), record);
     return to;
 }

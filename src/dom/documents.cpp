@@ -1,5 +1,5 @@
 #include "dom/documents.h"
-#include "frame/deep_stack.h"
+#include "dom/document_release.h"
 
 #include <algorithm>
 #include <cstring>
@@ -20,6 +20,7 @@
 #include "dom/dom_tree_error_reporter.h"
 #include "dom/input_source.h"
 #include "dom/lum_entity_resolver.h"
+#include "dom/text_gathering_parser.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 
@@ -42,7 +43,7 @@ const char* locationItem(const char* const* locations, int index) {
 // The parser of one load and its helpers, released in this order: reporter,
 // resolver (uninstalled first), security manager (uninstalled first), parser.
 struct LoadParts {
-    std::unique_ptr<XercesDOMParser> parser;
+    std::unique_ptr<TextGatheringParser> parser;
     std::unique_ptr<SecurityManager> securityManager;
     std::unique_ptr<LumEntityResolver> resolver;
     std::unique_ptr<DOMTreeErrorReporter> reporter;
@@ -66,8 +67,8 @@ std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     const char* noNamespaceSchemaLocation = locationItem(request.locations, 2);
 
     auto parts = std::make_unique<LoadParts>();
-    parts->parser = std::make_unique<XercesDOMParser>(nullptr, XMLPlatformUtils::fgMemoryManager,
-                                                      nullptr);
+    parts->parser = std::make_unique<TextGatheringParser>(
+        nullptr, XMLPlatformUtils::fgMemoryManager, nullptr);
     XercesDOMParser& parser = *parts->parser;
     if (request.entityExpansionLimit != nullptr) {
         parts->securityManager = std::make_unique<SecurityManager>();
@@ -112,12 +113,12 @@ std::string messageOf(const XMLException& e) {
 
 // True when the parse ran to its end (problems reported to the reporter
 // included); false when Xerces threw.
-bool parseFile(XercesDOMParser& parser, const char* fileName, ErrorReport& report) {
+bool parseFile(TextGatheringParser& parser, const char* fileName, ErrorReport& report) {
     // A null name is parsed as an empty one: Xerces then reports that it
     // cannot open it.
     XmlString name(pathForXerces(fileName).c_str());
     try {
-        parser.parse(name.get());
+        parser.parseGathering(name.get());
         return true;
     } catch (const XMLException& e) {
         report.prefixed("Error parsing file: ", messageOf(e).c_str(), 3);
@@ -125,7 +126,7 @@ bool parseFile(XercesDOMParser& parser, const char* fileName, ErrorReport& repor
     }
 }
 
-bool parseMemory(XercesDOMParser& parser, const LoadRequest& request, ErrorReport& report) {
+bool parseMemory(TextGatheringParser& parser, const LoadRequest& request, ErrorReport& report) {
     static const XMLByte kNoBytes[1] = {0};
     const XMLByte* bytes = static_cast<const XMLByte*>(request.memory);
     XMLSize_t length = request.memoryLength;
@@ -134,9 +135,12 @@ bool parseMemory(XercesDOMParser& parser, const LoadRequest& request, ErrorRepor
         length = 0;
     }
     MemBufInputSource source(bytes, length, kMemoryBufferId, false);
+    // The parse ends before lumDocLoad returns, while the host's block is
+    // still there: no need for Xerces to copy it first.
+    source.setCopyBufToStream(false);
     if (request.systemId != nullptr) source.setSystemId(XmlString(request.systemId).get());
     try {
-        parser.parse(source);
+        parser.parseGathering(source);
         return true;
     } catch (const XMLException& e) {
         report.prefixed("Error parsing MEMPTR: ", messageOf(e).c_str(), 3);
@@ -170,7 +174,7 @@ void adoptParsedDocument(XercesDOMParser& parser, const LoadRequest& request) {
     DOMDocument* kept = current;
     noteTreeChange();
     if (DOMDocument* parsed = parser.adoptDocument()) {
-        if (current != nullptr) releaseDeep(asNode(current));
+        releaseDocument(current);
         kept = parsed;
     }
     if (kept == nullptr) {
@@ -224,7 +228,7 @@ void deleteDocument(void* document) {
     if (doc == nullptr) return;
     delete detachUserData(asNode(doc));
     noteTreeChange();
-    releaseDeep(asNode(doc));
+    releaseDocument(doc);
 }
 
 }  // namespace lumxml

@@ -1,9 +1,8 @@
 // Xerces-C walks trees recursively in a few operations (deep clone and
-// import, normalize, releasing a node or a document that carries user
-// data). A tree nested hundreds of thousands deep would overflow the
-// caller's stack there. Such calls are made through runForDepth, which moves
-// them to a thread whose stack is sized for the depth at hand; shallow
-// trees, the common case, run in place.
+// import, normalize, releasing a node). A tree nested hundreds of
+// thousands deep would overflow the caller's stack there. Such calls are
+// made through runForDepth, which moves them to a thread whose stack is
+// sized for the depth at hand; shallow trees, the common case, run in place.
 #pragma once
 
 #include <cstddef>
@@ -53,7 +52,7 @@ void runForSubtree(const XERCES_CPP_NAMESPACE::DOMNode* node, Work&& work) {
     runForDepth(node != nullptr ? subtreeDepth(node) : 0, std::forward<Work>(work));
 }
 
-// release() of a node or document, whose walk recurses over the subtree.
+// release() of a node, whose walk recurses over the subtree.
 inline void releaseDeep(XERCES_CPP_NAMESPACE::DOMNode* node) {
     runForSubtree(node, [node] { node->release(); });
 }

@@ -1,0 +1,109 @@
+#include "dom/text_gathering_parser.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace lumxml {
+
+void TextGatheringParser::flushText() {
+    if (text_.empty()) return;
+    XercesDOMParser::docCharacters(text_.data(), text_.size(), false);
+    text_.clear();
+}
+
+void TextGatheringParser::parseGathering(const InputSource& source) {
+    text_.clear();
+    parse(source);
+    flushText();
+}
+
+void TextGatheringParser::parseGathering(const XMLCh* systemId) {
+    text_.clear();
+    parse(systemId);
+    flushText();
+}
+
+void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,
+                                        bool cdataSection) {
+    if (cdataSection) {
+        flushText();
+        XercesDOMParser::docCharacters(chars, length, true);
+        return;
+    }
+    text_.append(chars, length);
+}
+
+void TextGatheringParser::docComment(const XMLCh* comment) {
+    flushText();
+    XercesDOMParser::docComment(comment);
+}
+
+void TextGatheringParser::docPI(const XMLCh* target, const XMLCh* data) {
+    flushText();
+    XercesDOMParser::docPI(target, data);
+}
+
+void TextGatheringParser::endDocument() {
+    flushText();
+    XercesDOMParser::endDocument();
+}
+
+void TextGatheringParser::endElement(const XMLElementDecl& elemDecl, unsigned int urlId,
+                                     bool isRoot, const XMLCh* elemPrefix) {
+    flushText();
+    XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
+}
+
+void TextGatheringParser::endEntityReference(const XMLEntityDecl& entDecl) {
+    flushText();
+    XercesDOMParser::endEntityReference(entDecl);
+}
+
+void TextGatheringParser::ignorableWhitespace(const XMLCh* chars, XMLSize_t length,
+                                              bool cdataSection) {
+    flushText();
+    XercesDOMParser::ignorableWhitespace(chars, length, cdataSection);
+}
+
+void TextGatheringParser::resetDocument() {
+    text_.clear();
+    XercesDOMParser::resetDocument();
+}
+
+void TextGatheringParser::startDocument() {
+    text_.clear();
+    XercesDOMParser::startDocument();
+}
+
+void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned int urlId,
+                                       const XMLCh* elemPrefix,
+                                       const RefVectorOf<XMLAttr>& attrList,
+                                       XMLSize_t attrCount, bool isEmpty, bool isRoot) {
+    flushText();
+    XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
+                                  isRoot);
+}
+
+void TextGatheringParser::startEntityReference(const XMLEntityDecl& entDecl) {
+    flushText();
+    XercesDOMParser::startEntityReference(entDecl);
+}
+
+void TextGatheringParser::handleElementPSVI(const XMLCh* localName, const XMLCh* uri,
+                                            PSVIElement* elementInfo) {
+    flushText();
+    XercesDOMParser::handleElementPSVI(localName, uri, elementInfo);
+}
+
+void TextGatheringParser::handlePartialElementPSVI(const XMLCh* localName, const XMLCh* uri,
+                                                   PSVIElement* elementInfo) {
+    flushText();
+    XercesDOMParser::handlePartialElementPSVI(localName, uri, elementInfo);
+}
+
+void TextGatheringParser::handleAttributesPSVI(const XMLCh* localName, const XMLCh* uri,
+                                               PSVIAttributeList* psviAttributes) {
+    flushText();
+    XercesDOMParser::handleAttributesPSVI(localName, uri, psviAttributes);
+}
+
+}  // namespace lumxml

@@ -1,0 +1,65 @@
+// The DOM parser behind lumDocLoad: a XercesDOMParser that hands each run
+// of character data to the tree in one piece.
+//
+// Xerces' scanner delivers a text node's characters in pieces (one before
+// and one after every entity or character reference, and one per filled
+// scanner buffer), and the stock parser appends each piece to the text
+// node, growing its buffer in the document heap step by step. Every step
+// releases the old buffer, and DOMDocument's heap finds a buffer to release
+// by walking its list of large blocks, which holds one entry per large text
+// node made so far: text dense with references loads in quadratic time and
+// leaves every outgrown buffer behind in the heap. Gathering the pieces here
+// and handing the whole run over once gives the same tree (Xerces itself
+// merges consecutive pieces into one text node) with one buffer of the
+// right size.
+#pragma once
+
+#include <string>
+
+#include <xercesc/parsers/XercesDOMParser.hpp>
+
+namespace lumxml {
+
+class TextGatheringParser final : public XERCES_CPP_NAMESPACE::XercesDOMParser {
+public:
+    using XercesDOMParser::XercesDOMParser;
+
+    // XercesDOMParser::parse, then the last gathered run into the tree: a
+    // fatal error ends a parse without any further event, and the stock
+    // parser would have appended the text it had seen before the error.
+    void parseGathering(const XERCES_CPP_NAMESPACE::InputSource& source);
+    void parseGathering(const XMLCh* systemId);
+
+    // Character data outside CDATA sections is gathered; everything else
+    // first hands the gathered run over, then does what the stock parser
+    // does.
+    void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+    void docComment(const XMLCh* comment) override;
+    void docPI(const XMLCh* target, const XMLCh* data) override;
+    void endDocument() override;
+    void endElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl, unsigned int urlId,
+                    bool isRoot, const XMLCh* elemPrefix) override;
+    void endEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entDecl) override;
+    void ignorableWhitespace(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+    void resetDocument() override;
+    void startDocument() override;
+    void startElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl, unsigned int urlId,
+                      const XMLCh* elemPrefix,
+                      const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attrList,
+                      XMLSize_t attrCount, bool isEmpty, bool isRoot) override;
+    void startEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entDecl) override;
+    void handleElementPSVI(const XMLCh* localName, const XMLCh* uri,
+                           XERCES_CPP_NAMESPACE::PSVIElement* elementInfo) override;
+    void handlePartialElementPSVI(const XMLCh* localName, const XMLCh* uri,
+                                  XERCES_CPP_NAMESPACE::PSVIElement* elementInfo) override;
+    void handleAttributesPSVI(const XMLCh* localName, const XMLCh* uri,
+                              XERCES_CPP_NAMESPACE::PSVIAttributeList* psviAttributes) override;
+
+private:
+    // Hands the gathered run to the tree as the stock parser's one call.
+    void flushText();
+
+    std::basic_string<XMLCh> text_;
+};
+
+}  // namespace lumxml
