@@ -233,7 +233,12 @@ bool updateFromReaderManager(SaxParserInstance& instance, IdMemo& memo) {
     IdMemo::ReaderNote& note = memo.reader;
     const xercesc::ReaderMgr* manager = note.manager;
     if (manager == nullptr || note.locator != instance.locator) return false;
-    if (manager->getCurrentReader() == nullptr || manager->getReaderDepth() == 0) return false;
+    if (manager->getCurrentReader() == nullptr) return false;
+    // Once the manager has a reader stack it keeps it for its life.
+    if (!note.stackSeen) {
+        if (manager->getReaderDepth() == 0) return false;
+        note.stackSeen = true;
+    }
     xercesc::ReaderMgr::LastExtEntityInfo info;
     manager->getLastExtEntityInfo(info);
     instance.column = static_cast<uint32_t>(info.colNumber);

@@ -114,6 +114,7 @@ struct IdMemo {
         const char* publicStored = nullptr;
         const char* systemStored = nullptr;
         bool valid = false;
+        bool stackSeen = false;  // the manager was seen with a reader stack
     };
     ReaderNote reader;
 
