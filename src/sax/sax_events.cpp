@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/internal/ReaderMgr.hpp>
+#include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/sax/Locator.hpp>
 
 #include "frame/host_codec.h"
@@ -239,8 +241,19 @@ bool updateFromReaderManager(SaxParserInstance& instance, IdMemo& memo) {
         if (manager->getReaderDepth() == 0) return false;
         note.stackSeen = true;
     }
+    // The location is that of the last external entity's reader: the
+    // current reader itself unless it reads an internal entity.
     xercesc::ReaderMgr::LastExtEntityInfo info;
-    manager->getLastExtEntityInfo(info);
+    const xercesc::XMLEntityDecl* entity = manager->getCurrentEntity();
+    if (entity == nullptr || entity->isExternal()) {
+        const xercesc::XMLReader* reader = manager->getCurrentReader();
+        info.systemId = reader->getSystemId();
+        info.publicId = reader->getPublicId();
+        info.lineNumber = reader->getLineNumber();
+        info.colNumber = reader->getColumnNumber();
+    } else {
+        manager->getLastExtEntityInfo(info);
+    }
     instance.column = static_cast<uint32_t>(info.colNumber);
     instance.line = static_cast<uint32_t>(info.lineNumber);
     const XMLSize_t number = manager->getCurrentReaderNum();
