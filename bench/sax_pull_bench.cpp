@@ -1,64 +1,362 @@
 // The pull reader through its exports, as a host drives it (one event per
-// call), beside libxml2's pull reader over the same bytes. The raw Xerces
-// SAX2 baseline is XercesSax2Parse in baseline_bench.cpp.
+// call, reading each event's kind, name and strings), beside the two things
+// it is measured against over the same bytes:
+//   - a raw Xerces SAX2 parse whose handler makes the UTF-8 copy of every
+//     string a host-facing layer must hand out (element and attribute
+//     names, values, text, comments, processing instructions, prefixes);
+//   - libxml2's xmlTextReader reading every node's type, name and value,
+//     attributes included.
+// PullMemory reports the peak memory a pull through a large document needs.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include <benchmark/benchmark.h>
 #include <libxml/xmlreader.h>
+#include <malloc.h>
+#include <unistd.h>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "documents.h"
 #include "lumxml.h"
 #include "suite.h"
 
+XERCES_CPP_NAMESPACE_USE
+
 namespace {
 
-void LumSaxPull(benchmark::State& state) {
+// ---- lumxml ------------------------------------------------------------------
+
+// What a host reads of one event: its kind, its name and the first byte of
+// every string it carries (the host would copy them out).
+uint64_t touchEvent(const SaxEvent& event) {
+    uint64_t sum = event.kind;
+    if (event.name != nullptr) sum += static_cast<unsigned char>(event.name[0]);
+    auto touch = [&sum](const void* text) {
+        if (text != nullptr) sum += static_cast<unsigned char>(*static_cast<const char*>(text));
+    };
+    switch (event.kind) {
+        case 5: {  // StartElement: names and every attribute
+            touch(event.arg1);
+            touch(event.arg2);
+            touch(event.arg3);
+            const SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(&event);
+            for (int32_t i = 0; i < list->count; ++i) {
+                const SaxAttribute& attribute = list->entries[i];
+                touch(attribute.localName);
+                touch(attribute.qName);
+                touch(attribute.uri);
+                touch(attribute.type);
+                touch(attribute.value);
+            }
+            break;
+        }
+        case 6:  // EndElement
+            touch(event.arg1);
+            touch(event.arg2);
+            touch(event.arg3);
+            break;
+        case 3:  // StartPrefixMapping
+        case 9:  // ProcessingInstruction
+            touch(event.arg1);
+            touch(event.arg2);
+            break;
+        case 4:  // EndPrefixMapping
+        case 7:  // Characters
+        case 8:  // IgnorableWhitespace
+        case 15:
+        case 16:
+        case 17:
+            touch(event.arg1);
+            break;
+        default:
+            break;
+    }
+    return sum;
+}
+
+// Pulls the record's input to its end; answers the events handed out.
+int64_t pullAll(SaxParserInstance& record) {
+    int64_t events = 0;
+    uint64_t sum = 0;
+    int32_t result = lumSAXParseFirst(&record);
+    while (result == 1) {
+        if (record.eventHead != nullptr) {
+            ++events;
+            sum += touchEvent(*record.eventHead);
+        }
+        result = lumSAXParseNext(&record);
+    }
+    benchmark::DoNotOptimize(sum);
+    lumSAXDeleteParserInstance(&record);
+    return events;
+}
+
+void memoryRecord(SaxParserInstance& record, const std::string& text) {
+    std::memset(&record, 0, sizeof record);
+    record.inputKind = 1;
+    record.memoryBuffer = text.data();
+    record.memoryLength = static_cast<uint32_t>(text.size());
+    record.entityExpansionLimit = 50000;
+}
+
+void PullLumxml(benchmark::State& state) {
     bench::startLibrary();
     const std::string& text = bench::cachedCatalogue(state.range(0));
     int64_t events = 0;
     for (auto _ : state) {
         SaxParserInstance record;
-        std::memset(&record, 0, sizeof record);
-        record.inputKind = 1;
-        record.memoryBuffer = text.data();
-        record.memoryLength = static_cast<uint32_t>(text.size());
-        record.entityExpansionLimit = 50000;
-        int32_t result = lumSAXParseFirst(&record);
-        while (result == 1) {
-            if (record.eventHead != nullptr) {
-                ++events;
-                benchmark::DoNotOptimize(record.eventHead->kind);
-            }
-            result = lumSAXParseNext(&record);
-        }
-        lumSAXDeleteParserInstance(&record);
+        memoryRecord(record, text);
+        events += pullAll(record);
     }
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
     state.SetItemsProcessed(events);
 }
 
-void Libxml2TextReader(benchmark::State& state) {
+// ---- raw Xerces SAX2 ---------------------------------------------------------
+
+// Makes and drops the UTF-8 copy of every string, with Xerces' own UTF-8
+// transcoder, as a layer that hands strings to a host must. (Xerces'
+// TranscodeToStr and XMLString::transcode were tried too: both are slower
+// than this, which makes this the strictest reference.)
+class CopyingHandler : public DefaultHandler {
+public:
+    CopyingHandler() {
+        XMLTransService::Codes code = XMLTransService::Ok;
+        transcoder_ = XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
+            XMLRecognizer::UTF_8, code, 16 * 1024);
+    }
+    ~CopyingHandler() override { delete transcoder_; }
+
+    void startElement(const XMLCh* const uri, const XMLCh* const localname,
+                      const XMLCh* const qname, const Attributes& attrs) override {
+        ++events;
+        copy(uri);
+        copy(localname);
+        copy(qname);
+        for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
+            copy(attrs.getURI(i));
+            copy(attrs.getLocalName(i));
+            copy(attrs.getQName(i));
+            copy(attrs.getType(i));
+            copy(attrs.getValue(i));
+        }
+    }
+    void endElement(const XMLCh* const uri, const XMLCh* const localname,
+                    const XMLCh* const qname) override {
+        ++events;
+        copy(uri);
+        copy(localname);
+        copy(qname);
+    }
+    void characters(const XMLCh* const chars, const XMLSize_t length) override {
+        ++events;
+        copy(chars, length);
+    }
+    void ignorableWhitespace(const XMLCh* const chars, const XMLSize_t length) override {
+        ++events;
+        copy(chars, length);
+    }
+    void processingInstruction(const XMLCh* const target, const XMLCh* const data) override {
+        ++events;
+        copy(target);
+        copy(data);
+    }
+    void comment(const XMLCh* const chars, const XMLSize_t length) override {
+        ++events;
+        copy(chars, length);
+    }
+    void startPrefixMapping(const XMLCh* const prefix, const XMLCh* const uri) override {
+        ++events;
+        copy(prefix);
+        copy(uri);
+    }
+    void endPrefixMapping(const XMLCh* const prefix) override {
+        ++events;
+        copy(prefix);
+    }
+    void startDocument() override { ++events; }
+    void endDocument() override { ++events; }
+
+    int64_t events = 0;
+    uint64_t sum = 0;
+
+private:
+    void copy(const XMLCh* text) {
+        if (text != nullptr) copy(text, XMLString::stringLen(text));
+    }
+    // One block from Xerces' memory manager per string, filled by the
+    // transcoder and released: the least a layer that hands out owned
+    // copies can do with Xerces' own tools.
+    void copy(const XMLCh* text, XMLSize_t length) {
+        MemoryManager* memory = XMLPlatformUtils::fgMemoryManager;
+        const XMLSize_t room = length * 3 + 1;
+        auto* out = static_cast<XMLByte*>(memory->allocate(room));
+        XMLSize_t eaten = 0;
+        const XMLSize_t made =
+            transcoder_->transcodeTo(text, length, out, room, eaten, XMLTranscoder::UnRep_RepChar);
+        out[made] = 0;
+        sum += out[0];
+        memory->deallocate(out);
+    }
+
+    XMLTranscoder* transcoder_ = nullptr;
+};
+
+void PullXercesSax2(benchmark::State& state) {
+    bench::startLibrary();
+    const std::string& text = bench::cachedCatalogue(state.range(0));
+    int64_t events = 0;
+    for (auto _ : state) {
+        SAX2XMLReaderImpl reader;
+        reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
+        CopyingHandler handler;
+        reader.setContentHandler(&handler);
+        reader.setLexicalHandler(&handler);
+        reader.setErrorHandler(&handler);
+        MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                                 "MEMPTR", false);
+        reader.parse(source);
+        benchmark::DoNotOptimize(handler.sum);
+        events += handler.events;
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
+    state.SetItemsProcessed(events);
+}
+
+// ---- libxml2 -----------------------------------------------------------------
+
+uint64_t touchText(const xmlChar* text) { return text != nullptr ? text[0] : 0; }
+
+void PullLibxml2Reader(benchmark::State& state) {
     const std::string& text = bench::cachedCatalogue(state.range(0));
     int64_t nodes = 0;
+    uint64_t sum = 0;
     for (auto _ : state) {
         xmlTextReaderPtr reader = xmlReaderForMemory(text.data(), static_cast<int>(text.size()),
                                                      "MEMPTR", nullptr, XML_PARSE_NONET);
         while (xmlTextReaderRead(reader) == 1) {
             ++nodes;
-            benchmark::DoNotOptimize(xmlTextReaderNodeType(reader));
+            sum += static_cast<uint64_t>(xmlTextReaderNodeType(reader));
+            sum += touchText(xmlTextReaderConstName(reader));
+            sum += touchText(xmlTextReaderConstValue(reader));
+            while (xmlTextReaderMoveToNextAttribute(reader) == 1) {
+                sum += touchText(xmlTextReaderConstName(reader));
+                sum += touchText(xmlTextReaderConstValue(reader));
+            }
+            xmlTextReaderMoveToElement(reader);
         }
         xmlFreeTextReader(reader);
     }
+    benchmark::DoNotOptimize(sum);
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
     state.SetItemsProcessed(nodes);
+}
+
+// ---- Peak memory ---------------------------------------------------------------
+
+// A field of /proc/self/status in kB ("VmRSS", "VmHWM"); -1 when unknown.
+int64_t statusKilobytes(const char* field) {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    const size_t length = std::strlen(field);
+    while (std::getline(status, line)) {
+        if (line.compare(0, length, field) == 0 && line.size() > length && line[length] == ':')
+            return std::strtoll(line.c_str() + length + 1, nullptr, 10);
+    }
+    return -1;
+}
+
+// Lets the peak (VmHWM) start again from the current resident size.
+bool resetPeak() {
+    std::FILE* refs = std::fopen("/proc/self/clear_refs", "w");
+    if (refs == nullptr) return false;
+    const bool written = std::fputs("5", refs) >= 0;
+    return std::fclose(refs) == 0 && written;
+}
+
+// The peak resident growth (MB) over what the process held just before
+// `pull` ran.
+template <class Pull>
+double peakGrowthMegabytes(Pull pull) {
+    // Free heap pages kept from earlier benchmarks go back to the system
+    // first, or the pull would reuse them unseen.
+    malloc_trim(0);
+    const int64_t before = statusKilobytes("VmRSS");
+    if (before < 0 || !resetPeak()) return -1;
+    pull();
+    const int64_t peak = statusKilobytes("VmHWM");
+    return peak < 0 ? -1 : static_cast<double>(peak - before) / 1024.0;
+}
+
+// Peak memory of a pull through a pullRssMegabytes document, twice:
+//   peak_rss_mb: read from a file, so nothing but the pull's own memory
+//     counts (growth over this process as the suite left it; a fresh
+//     process that only pulls grows by under 1 MB over its start-up);
+//   memory_input_peak_rss_mb: from a host memory block (the host's own
+//     buffer, resident before the pull, is not counted); this includes the
+//     copy of the block that Xerces' memory input source makes, which
+//     lumxml keeps because nothing in its contract obliges a host to keep
+//     its block alive and unchanged until the parse ends.
+void PullMemoryLumxml(benchmark::State& state) {
+    bench::startLibrary();
+    const int64_t megabytes = state.range(0);
+    char pattern[] = "/tmp/lumxml-pull-XXXXXX";
+    const int descriptor = mkstemp(pattern);
+    if (descriptor < 0) {
+        state.SkipWithError("no temporary file");
+        return;
+    }
+    close(descriptor);
+    const std::string fileName = pattern;
+    // The host's block, resident before either pull starts (not counted).
+    const std::string text = bench::catalogue(static_cast<size_t>(megabytes) << 20);
+    std::ofstream(fileName, std::ios::binary)
+        .write(text.data(), static_cast<std::streamsize>(text.size()));
+    const int64_t bytes = static_cast<int64_t>(text.size());
+    double filePeak = 0;
+    double memoryPeak = 0;
+    int64_t events = 0;
+    for (auto _ : state) {
+        filePeak = peakGrowthMegabytes([&] {
+            SaxParserInstance record;
+            std::memset(&record, 0, sizeof record);
+            record.inputKind = 0;
+            record.fileName = fileName.c_str();
+            record.entityExpansionLimit = 50000;
+            events += pullAll(record);
+        });
+        memoryPeak = peakGrowthMegabytes([&] {
+            SaxParserInstance record;
+            memoryRecord(record, text);
+            events += pullAll(record);
+        });
+    }
+    std::remove(fileName.c_str());
+    state.counters["peak_rss_mb"] = filePeak;
+    state.counters["memory_input_peak_rss_mb"] = memoryPeak;
+    state.SetBytesProcessed(2 * bytes * state.iterations());
+    state.SetItemsProcessed(events);
 }
 
 }  // namespace
 
 void bench::registerPull() {
     const int64_t megabytes = sizes().megabytes;
-    add("Pull", "lumxml", LumSaxPull)->Arg(megabytes)->Unit(benchmark::kMillisecond);
-    add("Pull", "libxml2-reader", Libxml2TextReader, 1.0)
+    add("Pull", "lumxml", PullLumxml)->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("Pull", "xerces-sax2", PullXercesSax2, 1.5)
         ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("Pull", "libxml2-reader", PullLibxml2Reader, 1.0)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("PullMemory", "lumxml", PullMemoryLumxml)
+        ->Arg(sizes().pullRssMegabytes)->Iterations(1)->Unit(benchmark::kMillisecond);
 }

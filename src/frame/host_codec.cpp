@@ -1,6 +1,7 @@
 #include "frame/host_codec.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -178,6 +179,65 @@ const XMLCh* toXml(const char* text, size_t length, std::basic_string<XMLCh>& ou
 
 bool hostIsUtf8() { return hostUtf8.load(std::memory_order_acquire); }
 
+namespace {
+
+void putUtf8Sequence(char*& out, uint32_t code) {
+    if (code < 0x800) {
+        *out++ = static_cast<char>(0xC0 | (code >> 6));
+        *out++ = static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        *out++ = static_cast<char>(0xE0 | (code >> 12));
+        *out++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        *out++ = static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+        *out++ = static_cast<char>(0xF0 | (code >> 18));
+        *out++ = static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+        *out++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        *out++ = static_cast<char>(0x80 | (code & 0x3F));
+    }
+}
+
+bool isLeadSurrogate(XMLCh unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool isTrailSurrogate(XMLCh unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+}  // namespace
+
+size_t utf16ToUtf8(const XMLCh* text, size_t length, char* out) {
+    char* const start = out;
+    size_t i = 0;
+    while (i < length) {
+        // Markup and most text are ASCII: four units at a time while they are.
+        while (i + 4 <= length) {
+            uint64_t four;
+            std::memcpy(&four, text + i, sizeof four);
+            if ((four & 0xFF80FF80FF80FF80ull) != 0) break;
+            out[0] = static_cast<char>(text[i]);
+            out[1] = static_cast<char>(text[i + 1]);
+            out[2] = static_cast<char>(text[i + 2]);
+            out[3] = static_cast<char>(text[i + 3]);
+            out += 4;
+            i += 4;
+        }
+        if (i >= length) break;
+        const XMLCh unit = text[i];
+        if (unit < 0x80) {
+            *out++ = static_cast<char>(unit);
+            ++i;
+        } else if (isLeadSurrogate(unit) && i + 1 < length && isTrailSurrogate(text[i + 1])) {
+            const uint32_t code = 0x10000 + ((static_cast<uint32_t>(unit) - 0xD800) << 10) +
+                                  (static_cast<uint32_t>(text[i + 1]) - 0xDC00);
+            putUtf8Sequence(out, code);
+            i += 2;
+        } else {
+            // An unpaired surrogate becomes U+FFFD, as ICU substitutes it.
+            const bool unpaired = unit >= 0xD800 && unit <= 0xDFFF;
+            putUtf8Sequence(out, unpaired ? 0xFFFDu : unit);
+            ++i;
+        }
+    }
+    return static_cast<size_t>(out - start);
+}
+
 char* toHost(const XMLCh* text) {
     if (text == nullptr) return nullptr;
     return toHost(text, XMLString::stringLen(text));
@@ -221,6 +281,12 @@ int32_t convertToHost(const XMLCh* text, size_t length, char* out, int32_t capac
 
 char* toHost(const XMLCh* text, size_t length) {
     if (text == nullptr || memory() == nullptr) return nullptr;
+    if (hostIsUtf8()) {
+        // A UTF-16 unit never needs more than 3 UTF-8 bytes (a pair: 4 for 2).
+        char* out = allocate<char>(length * 3 + 1);
+        out[utf16ToUtf8(text, length, out)] = '\0';
+        return out;
+    }
     // First try with room for the common case (up to 3 bytes a unit).
     int32_t capacity = static_cast<int32_t>(length * 3 + 1);
     char* out = allocate<char>(static_cast<size_t>(capacity));
@@ -241,6 +307,11 @@ char* toHost(const XMLCh* text, size_t length) {
 void appendHost(std::string& out, const XMLCh* text, size_t length) {
     if (text == nullptr || length == 0) return;
     size_t start = out.size();
+    if (hostIsUtf8()) {
+        out.resize(start + length * 3);
+        out.resize(start + utf16ToUtf8(text, length, &out[start]));
+        return;
+    }
     out.resize(start + length * 3 + 1);
     UErrorCode status = U_ZERO_ERROR;
     int32_t needed = convertToHost(text, length, &out[start],

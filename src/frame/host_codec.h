@@ -33,13 +33,19 @@ XMLCh* toXml(const char* text, size_t length);
 const XMLCh* toXml(const char* text, size_t length, std::basic_string<XMLCh>& out);
 // True when the host code page is UTF-8: host texts are then converted
 // without an ICU converter, and a host text of ASCII and well-formed UTF-8
-// is exactly the UTF-8 form of its UTF-16 units.
+// is exactly the UTF-8 form of its UTF-16 units. Read without a lock or a
+// per-thread converter, so hot paths may ask it for every string.
 bool hostIsUtf8();
 // UTF-16 -> host 8-bit, allocated from Xerces' memory manager.
 char* toHost(const XMLCh* text);
 char* toHost(const XMLCh* text, size_t length);
 // Host bytes of `text` appended to `out` (no allocation from Xerces).
 void appendHost(std::string& out, const XMLCh* text, size_t length);
+
+// UTF-16 -> UTF-8 without ICU, byte for byte what ICU's converter gives
+// with U+FFFD for an unpaired surrogate. `out` has room for length * 3
+// bytes; answers the bytes written (no NUL is added).
+size_t utf16ToUtf8(const XMLCh* text, size_t length, char* out);
 
 // The longest prefix of `text` (`length` bytes), at most `maxBytes` long,
 // that ends on a character boundary of the host code page: a message cut

@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <xercesc/framework/XMLEntityDecl.hpp>
+#include <xercesc/internal/ReaderMgr.hpp>
+#include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/sax/Locator.hpp>
 
 #include "frame/host_codec.h"
@@ -94,8 +97,28 @@ const char* eventName(uint32_t kind) {
     return kind < sizeof kEventNames / sizeof kEventNames[0] ? kEventNames[kind] : nullptr;
 }
 
-SaxEvent* enqueueEvent(SaxParserInstance& instance) {
-    SaxEvent* event = newEvent();
+EventPool::~EventPool() {
+    while (count_ > 0) std::free(spares_[--count_]);
+}
+
+SaxEvent* EventPool::take() {
+    if (count_ == 0) return newEvent();
+    auto* queued = static_cast<QueuedEvent*>(spares_[--count_]);
+    std::memset(queued, 0, sizeof *queued);
+    return &queued->event;
+}
+
+void EventPool::give(SaxEvent* event) {
+    if (event == nullptr) return;
+    if (count_ == kMaxSpares) {
+        std::free(event);
+        return;
+    }
+    spares_[count_++] = event;
+}
+
+SaxEvent* enqueueEvent(SaxParserInstance& instance, EventPool* pool) {
+    SaxEvent* event = pool != nullptr ? pool->take() : newEvent();
     if (event == nullptr) return nullptr;
     if (instance.eventHead == nullptr || instance.eventTail == nullptr) {
         instance.eventHead = event;
@@ -181,9 +204,13 @@ void clearEvent(SaxEvent* event) {
     event->next = nullptr;
 }
 
-void freeEvent(SaxEvent* event) {
+void freeEvent(SaxEvent* event, EventPool* pool) {
     clearEvent(event);
-    std::free(event);
+    if (pool != nullptr) {
+        pool->give(event);
+    } else {
+        std::free(event);
+    }
 }
 
 void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount) {
@@ -192,9 +219,64 @@ void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount) {
     event.argCount = argCount;
 }
 
+void IdMemo::noteLocator(const xercesc::Locator* locator) {
+    reader = ReaderNote();
+    reader.locator = locator;
+    reader.manager = dynamic_cast<const xercesc::ReaderMgr*>(locator);
+}
+
+namespace {
+
+// The location from Xerces' reader manager in one call instead of four
+// locator calls. Its answers equal the locator's whenever the manager has a
+// current reader and a reader stack (always so while a document is read);
+// false otherwise, and the caller asks the locator.
+bool updateFromReaderManager(SaxParserInstance& instance, IdMemo& memo) {
+    IdMemo::ReaderNote& note = memo.reader;
+    const xercesc::ReaderMgr* manager = note.manager;
+    if (manager == nullptr || note.locator != instance.locator) return false;
+    if (manager->getCurrentReader() == nullptr) return false;
+    // Once the manager has a reader stack it keeps it for its life.
+    if (!note.stackSeen) {
+        if (manager->getReaderDepth() == 0) return false;
+        note.stackSeen = true;
+    }
+    // The location is that of the last external entity's reader: the
+    // current reader itself unless it reads an internal entity.
+    xercesc::ReaderMgr::LastExtEntityInfo info;
+    const xercesc::XMLEntityDecl* entity = manager->getCurrentEntity();
+    if (entity == nullptr || entity->isExternal()) {
+        const xercesc::XMLReader* reader = manager->getCurrentReader();
+        info.systemId = reader->getSystemId();
+        info.publicId = reader->getPublicId();
+        info.lineNumber = reader->getLineNumber();
+        info.colNumber = reader->getColumnNumber();
+    } else {
+        manager->getLastExtEntityInfo(info);
+    }
+    instance.column = static_cast<uint32_t>(info.colNumber);
+    instance.line = static_cast<uint32_t>(info.lineNumber);
+    const XMLSize_t number = manager->getCurrentReaderNum();
+    if (note.valid && note.readerNumber == number && note.publicStored == instance.publicId &&
+        note.systemStored == instance.systemId) {
+        return true;  // the same reader: the ids the record holds are current
+    }
+    updateId(instance.publicId, info.publicId, &memo.publicId);
+    updateId(instance.systemId, info.systemId, &memo.systemId);
+    note.readerNumber = number;
+    note.publicStored = instance.publicId;
+    note.systemStored = instance.systemId;
+    note.valid = true;
+    return true;
+}
+
+}  // namespace
+
 void updateLocation(SaxParserInstance& instance, IdMemo* memo) {
     const auto* locator = static_cast<const xercesc::Locator*>(instance.locator);
     if (locator == nullptr) return;
+    if (memo != nullptr && updateFromReaderManager(instance, *memo)) return;
+    if (memo != nullptr) memo->reader.valid = false;
     instance.column = static_cast<uint32_t>(locator->getColumnNumber());
     instance.line = static_cast<uint32_t>(locator->getLineNumber());
     updateId(instance.publicId, locator->getPublicId(), memo ? &memo->publicId : nullptr);
@@ -219,6 +301,17 @@ char* hostCopy(const XMLCh* text) { return codec::toHost(text); }
 
 char* hostCopy(const XMLCh* text, XMLSize_t length) {
     return text == nullptr ? nullptr : codec::toHost(text, length);
+}
+
+char* hostCopyUnlessEmptyMarker(const XMLCh* text, bool emptyToo) {
+    if (text == nullptr) return nullptr;
+    if (!codec::hostIsUtf8()) return nullIfEmptyMarker(hostCopy(text), emptyToo);
+    static const XMLCh kMarker[] = {'E', 'M', 'P', 'T', 'Y', 0};
+    if (emptyToo && text[0] == 0) return nullptr;
+    int i = 0;
+    while (i < 6 && text[i] == kMarker[i]) ++i;
+    if (i == 6) return nullptr;  // equal up to and including the terminator
+    return hostCopy(text);
 }
 
 char* nullIfEmptyMarker(char* text, bool emptyToo) {

@@ -8,6 +8,11 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
+XERCES_CPP_NAMESPACE_BEGIN
+class Locator;
+class ReaderMgr;
+XERCES_CPP_NAMESPACE_END
+
 #include "lumxml.h"
 
 namespace lumxml {
@@ -38,9 +43,37 @@ enum EventKind : uint32_t {
 // kinds outside the table.
 const char* eventName(uint32_t kind);
 
+// Spare event blocks of one instance: an event the host has handled is
+// kept here and handed out again for a later event, instead of a heap
+// allocation and release per event. Blocks are plain heap blocks, so an
+// event taken from the pool may also be freed to the heap and the other
+// way round.
+class EventPool {
+public:
+    static constexpr int kMaxSpares = 16;
+
+    EventPool() = default;
+    ~EventPool();
+    EventPool(const EventPool&) = delete;
+    EventPool& operator=(const EventPool&) = delete;
+
+    // A zero-filled event block: a spare when there is one, else a new
+    // heap block; null when memory runs out.
+    SaxEvent* take();
+    // Keeps the block of a cleared event as a spare (freed when the pool
+    // is full).
+    void give(SaxEvent* event);
+    int spareCount() const { return count_; }
+
+private:
+    void* spares_[kMaxSpares] = {};
+    int count_ = 0;
+};
+
 // A zero-filled event appended at eventTail (eventCount + 1); null when
-// memory runs out (the caller then drops the event).
-SaxEvent* enqueueEvent(SaxParserInstance& instance);
+// memory runs out (the caller then drops the event). With a pool the block
+// comes from its spares.
+SaxEvent* enqueueEvent(SaxParserInstance& instance, EventPool* pool = nullptr);
 // A zero-filled event pushed at eventHead (eventCount + 1).
 SaxEvent* pushEventAtHead(SaxParserInstance& instance);
 // Unlinks `event` when it is at eventHead, releases its strings and frees
@@ -51,7 +84,8 @@ void dropHeadEvent(SaxParserInstance& instance, SaxEvent* event);
 void freeQueue(SaxParserInstance& instance);
 // Releases the strings an event owns by its kind (null does nothing).
 void clearEvent(SaxEvent* event);
-void freeEvent(SaxEvent* event);
+// Clears the event and frees its block (to the pool's spares, if given).
+void freeEvent(SaxEvent* event, EventPool* pool = nullptr);
 
 // Sets kind, name and argument count: the last step of every handler.
 void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount);
@@ -67,6 +101,26 @@ struct IdMemo {
     };
     Entry publicId;
     Entry systemId;
+
+    // When the locator is Xerces' reader manager, the number of its current
+    // reader at the last event and the record's ids it left. Reader numbers
+    // are never reused by one manager, and the ids are those of the last
+    // external entity below the current reader, which cannot change while
+    // that reader stays current: the same number means the same ids.
+    struct ReaderNote {
+        const xercesc::Locator* locator = nullptr;
+        const xercesc::ReaderMgr* manager = nullptr;  // null: not a reader manager
+        XMLSize_t readerNumber = 0;
+        const char* publicStored = nullptr;
+        const char* systemStored = nullptr;
+        bool valid = false;
+        bool stackSeen = false;  // the manager was seen with a reader stack
+    };
+    ReaderNote reader;
+
+    // A new locator (each parse hands one over): forget what was noted of
+    // the previous one.
+    void noteLocator(const xercesc::Locator* locator);
 };
 
 // Copies the locator's line, column, public and system id into the record.
@@ -85,6 +139,10 @@ char* hostCopy(const XMLCh* text, XMLSize_t length);
 // Releases `text` and answers null when it is the text "EMPTY" (and, with
 // `emptyToo`, when it is ""); otherwise answers `text`.
 char* nullIfEmptyMarker(char* text, bool emptyToo = false);
+// nullIfEmptyMarker(hostCopy(text), emptyToo), without making the copy
+// when the host code page is UTF-8 and the text is the marker (there the
+// UTF-16 text is "EMPTY" exactly when its copy is).
+char* hostCopyUnlessEmptyMarker(const XMLCh* text, bool emptyToo = false);
 
 }  // namespace sax
 }  // namespace lumxml

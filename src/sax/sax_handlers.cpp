@@ -62,7 +62,7 @@ void LumContentHandler::ignorableWhitespace(const XMLCh* const chars, const XMLS
 }
 
 void LumContentHandler::queueText(const XMLCh* chars, XMLSize_t length, uint32_t kind) {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     event->arg1 = hostCopy(chars, length);
     // The length is the parser's count of UTF-16 units, cut to 32 bits.
@@ -72,7 +72,7 @@ void LumContentHandler::queueText(const XMLCh* chars, XMLSize_t length, uint32_t
 }
 
 void LumContentHandler::endDocument() {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     instance_->state = kEnded;
     if (event == nullptr) return;
     locateEvent(*instance_, *event, &memo_);
@@ -82,7 +82,7 @@ void LumContentHandler::endDocument() {
 void LumContentHandler::fillElementName(SaxEvent& event, const XMLCh* uri,
                                         const XMLCh* localname, const XMLCh* qname) const {
     // An element's empty URI stays "", only the text "EMPTY" becomes null.
-    event.arg1 = nullIfEmptyMarker(hostCopy(uri));
+    event.arg1 = hostCopyUnlessEmptyMarker(uri);
     event.arg2 = namespacesOff() ? nullptr : hostCopy(localname);
     event.arg3 = hostCopy(qname);
 }
@@ -104,7 +104,7 @@ void LumContentHandler::fillAttributes(SaxEvent& event, const Attributes& attrs)
     for (int32_t i = 0; i < count; ++i) {
         SaxAttribute& entry = list->entries[i];
         const XMLSize_t index = static_cast<XMLSize_t>(i);
-        entry.uri = nullIfEmptyMarker(hostCopy(attrs.getURI(index)), true);
+        entry.uri = hostCopyUnlessEmptyMarker(attrs.getURI(index), true);
         entry.localName = noNamespaces ? nullptr : hostCopy(attrs.getLocalName(index));
         entry.qName = hostCopy(attrs.getQName(index));
         entry.type = hostCopy(attrs.getType(index));
@@ -115,7 +115,7 @@ void LumContentHandler::fillAttributes(SaxEvent& event, const Attributes& attrs)
 void LumContentHandler::startElement(const XMLCh* const uri, const XMLCh* const localname,
                                      const XMLCh* const qname, const Attributes& attrs) {
     instance_->state = kRunning;
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     fillElementName(*event, uri, localname, qname);
     fillAttributes(*event, attrs);
@@ -125,7 +125,7 @@ void LumContentHandler::startElement(const XMLCh* const uri, const XMLCh* const 
 
 void LumContentHandler::endElement(const XMLCh* const uri, const XMLCh* const localname,
                                    const XMLCh* const qname) {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     fillElementName(*event, uri, localname, qname);
     locateEvent(*instance_, *event, &memo_);
@@ -135,7 +135,7 @@ void LumContentHandler::endElement(const XMLCh* const uri, const XMLCh* const lo
 void LumContentHandler::processingInstruction(const XMLCh* const target,
                                               const XMLCh* const data) {
     if (inFirstPass(instance_)) return;
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     event->arg1 = hostCopy(target);
     event->arg2 = hostCopy(data);
@@ -145,13 +145,14 @@ void LumContentHandler::processingInstruction(const XMLCh* const target,
 
 void LumContentHandler::setDocumentLocator(const Locator* const locator) {
     instance_->locator = const_cast<Locator*>(locator);
+    memo_.noteLocator(locator);
 }
 
 void LumContentHandler::startDocument() {
     // The first pass reports only "StartDocument" and is then cut short, so
     // that the host can change the options before the document is read.
     if (!inFirstPass(instance_)) return;
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event != nullptr) {
         locateEvent(*instance_, *event, &memo_);
         finishEvent(*event, kStartDocument, 0);
@@ -160,16 +161,16 @@ void LumContentHandler::startDocument() {
 }
 
 void LumContentHandler::startPrefixMapping(const XMLCh* const prefix, const XMLCh* const uri) {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
-    event->arg1 = nullIfEmptyMarker(hostCopy(prefix));
+    event->arg1 = hostCopyUnlessEmptyMarker(prefix);
     event->arg2 = hostCopy(uri);
     locateEvent(*instance_, *event, &memo_);
     finishEvent(*event, kStartPrefixMapping, 2);
 }
 
 void LumContentHandler::endPrefixMapping(const XMLCh* const prefix) {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     event->arg1 = hostCopy(prefix);
     locateEvent(*instance_, *event, &memo_);
@@ -183,7 +184,7 @@ void LumContentHandler::skippedEntity(const XMLCh* const) {
 }
 
 void LumContentHandler::queueEmptyEvent() {
-    SaxEvent* event = enqueueEvent(*instance_);
+    SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     locateEvent(*instance_, *event, &memo_);
 }

@@ -48,6 +48,9 @@ public:
 
     // Shared with the instance's other handlers (see sax::IdMemo).
     sax::IdMemo* idMemo() { return &memo_; }
+    // The instance's spare event blocks: the content handler's events come
+    // from here and handled events go back (lumSAXParseNext).
+    sax::EventPool* eventPool() { return &pool_; }
 
 private:
     bool namespacesOff() const;
@@ -59,6 +62,7 @@ private:
 
     SaxParserInstance* instance_;
     sax::IdMemo memo_;
+    sax::EventPool pool_;
 };
 
 class LumSAXDTDHandler : public xercesc::DTDHandler {

@@ -359,12 +359,21 @@ int32_t readOn(SaxParserInstance& instance) {
     }
 }
 
+// The spare event blocks of the instance's handlers (null without a reader).
+// The reader only ever holds the LumContentHandler that installNewHandlers
+// made (moveHandlers hands the same one on), so the cast is exact.
+EventPool* eventPoolOf(const SaxParserInstance& instance) {
+    SAX2XMLReaderImpl* reader = readerOf(instance);
+    if (reader == nullptr || reader->getContentHandler() == nullptr) return nullptr;
+    return static_cast<LumContentHandler*>(reader->getContentHandler())->eventPool();
+}
+
 int32_t step(SaxParserInstance& instance) {
     if (SaxEvent* handled = instance.eventHead) {
         const int32_t countBefore = instance.eventCount;
         instance.eventHead = handled->next;
         if (instance.eventTail == handled) instance.eventTail = nullptr;
-        freeEvent(handled);
+        freeEvent(handled, eventPoolOf(instance));
         --instance.eventCount;
         if (countBefore != 1) return 1;
     }
