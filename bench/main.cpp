@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -70,15 +71,27 @@ struct Result {
     double bytesPerSecond = 0;
     double itemsPerSecond = 0;
     bool failed = false;
+    std::map<std::string, double> memory;  // counters in MB (names ending in "_mb")
 };
 
+bool endsWith(const std::string& text, const char* tail) {
+    size_t length = std::strlen(tail);
+    return text.size() >= length && text.compare(text.size() - length, length, tail) == 0;
+}
+
 // Shows every run as the console reporter does and keeps it for the table.
+// With --benchmark_repetitions the median of the repetitions is kept.
 class CollectingReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration) continue;
+            const bool median =
+                run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (run.run_type != Run::RT_Iteration && !median) continue;
+            const std::string name = run.run_name.str();
+            if (!median && medians.count(name) != 0) continue;
+            if (median) medians.insert(name);
             Result result;
             result.failed = run.error_occurred;
             if (run.iterations > 0)
@@ -89,10 +102,14 @@ public:
             };
             result.bytesPerSecond = counter("bytes_per_second");
             result.itemsPerSecond = counter("items_per_second");
-            results[run.benchmark_name()] = result;
+            for (const auto& [counterName, value] : run.counters)
+                if (endsWith(counterName, "_mb"))
+                    result.memory[counterName] = static_cast<double>(value);
+            results[name] = result;
         }
     }
     std::map<std::string, Result> results;
+    std::set<std::string> medians;
 };
 
 std::string rate(const Result& result) {
@@ -150,6 +167,10 @@ void printTable(const std::map<std::string, Result>& results) {
             }
         }
     }
+    std::printf("\n| Run | Memory counter | MB |\n|---|---|---|\n");
+    for (const auto& [name, result] : results)
+        for (const auto& [counterName, value] : result.memory)
+            std::printf("| %s | %s | %.2f |\n", name.c_str(), counterName.c_str(), value);
 }
 
 }  // namespace

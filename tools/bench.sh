@@ -2,7 +2,8 @@
 # Builds the benchmark suite (Release) and runs it: lumxml through its
 # exports beside raw Xerces-C and libxml2 on the same generated documents,
 # ending with one table of time ratios.
-#   bash tools/bench.sh              full sizes (about 10 minutes on 2 cores)
+#   bash tools/bench.sh              full sizes, three repetitions, medians in
+#                                    the table (about 5 minutes on 2 cores)
 #   bash tools/bench.sh --smoke      every benchmark once on small inputs
 #                                    (CI: the suite keeps building and running)
 # Further arguments go to the suite, e.g. --benchmark_filter=Pull or
@@ -18,4 +19,5 @@ if [[ "${1:-}" == --smoke ]]; then
   exec "$suite" --lumxml_megabytes=1 --lumxml_elements=10000 --lumxml_children=1000,2000,4000 \
     --lumxml_rss_megabytes=2 --benchmark_min_time=0 "$@"
 fi
-exec "$suite" --benchmark_min_time=1 "$@"
+exec "$suite" --benchmark_min_time=0.5 --benchmark_repetitions=3 \
+  --benchmark_display_aggregates_only=true "$@"
