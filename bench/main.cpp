@@ -79,6 +79,18 @@ bool endsWith(const std::string& text, const char* tail) {
     return text.size() >= length && text.compare(text.size() - length, length, tail) == 0;
 }
 
+// A run's name without the "/iterations:N" and "/repeats:N" that fixed
+// counts add to it, so that it pairs with the runs of the same path.
+std::string pairingName(std::string name) {
+    for (const char* part : {"/iterations:", "/repeats:"}) {
+        size_t at = name.find(part);
+        if (at == std::string::npos) continue;
+        size_t end = name.find('/', at + 1);
+        name.erase(at, end == std::string::npos ? std::string::npos : end - at);
+    }
+    return name;
+}
+
 // Shows every run as the console reporter does and keeps it for the table.
 // With --benchmark_repetitions the median of the repetitions is kept.
 class CollectingReporter : public benchmark::ConsoleReporter {
@@ -89,7 +101,7 @@ public:
             const bool median =
                 run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
             if (run.run_type != Run::RT_Iteration && !median) continue;
-            const std::string name = run.run_name.str();
+            const std::string name = pairingName(run.run_name.str());
             if (!median && medians.count(name) != 0) continue;
             if (median) medians.insert(name);
             Result result;
