@@ -286,8 +286,17 @@ compare() {  # NAME FILE ARGS...
     done
     if [ -n "$what" ]; then
         differences=$((differences + 1))
-        echo "DIFFERENT ($what ): $name" >> "$WORK/report.txt"
-        echo "  host arguments: ${*:2} (FILE=$1)" >> "$WORK/report.txt"
+        {
+            echo "DIFFERENT ($what ): $name"
+            echo "  host arguments: ${*:2} (FILE=$1)"
+            for part in $what; do
+                if [ "$part" = out.bin ]; then
+                    cmp "$d/old/$part" "$d/new/$part" 2>&1 | head -3
+                else
+                    diff -a "$d/old/$part" "$d/new/$part" | head -20
+                fi
+            done | sed 's/^/    /'
+        } >> "$WORK/report.txt"
         echo "DIFFERENT ($what ): $name"
     else
         rm -rf "$d"  # keep only what differs
