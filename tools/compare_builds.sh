@@ -5,7 +5,7 @@
 # the same lumxml-host runs every document of the corpus with each library,
 # through every subcommand that takes a document (load, dom, save, sax) in
 # several flag, encoding and host code page variants, plus the write
-# subcommand's variants; standard output, standard error, exit status and
+# subcommand's variants and info; standard output, standard error, exit status and
 # saved files must be byte for byte the same. Use it to show that a change
 # meant to be invisible to hosts (a speed-up) really is.
 #
@@ -229,8 +229,10 @@ document_variants() {
     echo "save-nons save FILE --no-namespaces --encoding UTF-16"
 }
 
-write_variants() {
-    local e extra
+# Variants that take no document: info and the write subcommand's sample.
+other_variants() {
+    local e extra cp
+    for cp in $CODEPAGES bogus; do echo "info-$cp info --codepage $cp"; done
     for e in "" UTF-8 UTF-16 ISO-8859-1 US-ASCII windows-1252 bogus; do
         for extra in "" --formatted --strict --fragment "--formatted --strict --fragment"; do
             echo "write-${e:-none}-${extra//[ -]/} write ${e:+--encoding $e }$extra"
@@ -329,7 +331,7 @@ while read -r vname vargs; do
     [[ $vname =~ $ONLY ]] || continue
     # shellcheck disable=SC2086
     compare "$vname" "" $vargs
-done < <(write_variants)
+done < <(other_variants)
 
 echo "compared:    $compared runs (each with both libraries)"
 echo "different:   $differences (details in $WORK/report.txt, outputs under $WORK/runs)"
