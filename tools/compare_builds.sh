@@ -23,7 +23,7 @@
 set -u
 
 if [ $# -lt 2 ]; then
-    sed -n '2,22p' "$0" | sed 's/^# \{0,1\}//'
+    awk 'NR > 1 && /^#/ { sub(/^# ?/, ""); print; next } NR > 1 { exit }' "$0"
     exit 2
 fi
 
