@@ -13,7 +13,7 @@
 # of fuzz/corpus/dom_load and fuzz/corpus/sax_pull (their option bytes are
 # replayed as host options) and documents generated into the work directory
 # (entity-dense text, CDATA, internal subsets, truncated prefixes, Latin-1
-# and UTF-16, attribute whitespace, deep nesting).
+# and UTF-16, attribute whitespace, schema-validated text, deep nesting).
 #
 # Environment: LUMXML_HOST (default build/dev/tools/lumxml-host/lumxml-host),
 # WORK (work directory, default a new temporary one, kept for inspection),
@@ -168,6 +168,28 @@ write("mismatch", "<a><b>text &amp; more</a>")
 write("deep-10000", "<d>" * 10000 + "x&amp;y" + "</d>" * 10000)
 write("deep-10000-truncated", "<d>" * 10000 + "x&amp;y" + "</d>" * 5000)
 write("wide-children", "<r>" + "".join("<c i='%d'>t&#%d;</c>" % (k, 192 + k % 60) for k in range(3000)) + "</r>")
+# Schema validation hands the tree whitespace-collapsed (sometimes empty)
+# character data, default and fixed values.
+with open(os.path.join(out, "gen-schema.xsd"), "w") as f:
+    f.write("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+            "<xs:element name='r'><xs:complexType mixed='true'><xs:sequence>"
+            "<xs:element name='tok' type='xs:token' maxOccurs='unbounded'/>"
+            "<xs:element name='norm' type='xs:normalizedString' minOccurs='0'/>"
+            "<xs:element name='num' type='xs:integer' minOccurs='0'/>"
+            "<xs:element name='def' type='xs:string' default='default &amp; text' minOccurs='0'/>"
+            "<xs:element name='fix' type='xs:token' fixed='fixed value' minOccurs='0'/>"
+            "<xs:element name='list' minOccurs='0'><xs:simpleType><xs:list itemType='xs:int'/>"
+            "</xs:simpleType></xs:element></xs:sequence>"
+            "<xs:attribute name='a' type='xs:token'/>"
+            "<xs:attribute name='d' type='xs:string' default='attr default'/>"
+            "</xs:complexType></xs:element></xs:schema>")
+XSI = "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:noNamespaceSchemaLocation='gen-schema.xsd'"
+write("schema-token-empty", "<r %s><tok> </tok></r>" % XSI)
+write("schema-rich",
+      "<r %s a='  x \t y  '>mixed &amp; text\n  <tok>  a \t\n b &#233;&#x20AC;  <![CDATA[ c  d ]]> </tok>"
+      "<tok>\n\n</tok>\n <norm> a\tb\nc &#9; </norm><num> 0042 </num><def/><fix>  fixed   value </fix>"
+      "<list> 1  2\n3 </list>tail</r>" % XSI)
+write("schema-invalid", "<r %s><tok>a</tok><num> 4x2 </num></r>" % XSI)
 write("big-text", "<r>" + paragraph(20000) + "</r>")
 write("big-text-ascii", "<r>" + paragraph(20000, True).replace("&#x1F600;", "&#65;") + "</r>")
 PYTHON
@@ -209,6 +231,8 @@ document_variants() {
     echo "load-limit load FILE --limit 16"
     echo "dom-nons dom FILE --no-namespaces"
     echo "dom-count dom FILE --count"
+    echo "dom-validate dom FILE --validate"
+    echo "save-validate save FILE --validate"
     echo "sax-nons sax FILE --no-namespaces"
     echo "sax-validate sax FILE --validate"
     echo "sax-nolimit sax FILE --limit -1"
