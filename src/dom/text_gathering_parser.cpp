@@ -5,19 +5,25 @@ XERCES_CPP_NAMESPACE_USE
 namespace lumxml {
 
 void TextGatheringParser::flushText() {
-    if (text_.empty()) return;
+    // Pending even when empty: a schema that collapses whitespace to nothing
+    // hands over character data of length 0, and the stock parser makes an
+    // empty text node of it.
+    if (!pending_) return;
     XercesDOMParser::docCharacters(text_.data(), text_.size(), false);
     text_.clear();
+    pending_ = false;
 }
 
 void TextGatheringParser::parseGathering(const InputSource& source) {
     text_.clear();
+    pending_ = false;
     parse(source);
     flushText();
 }
 
 void TextGatheringParser::parseGathering(const XMLCh* systemId) {
     text_.clear();
+    pending_ = false;
     parse(systemId);
     flushText();
 }
@@ -30,6 +36,7 @@ void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,
         return;
     }
     text_.append(chars, length);
+    pending_ = true;
 }
 
 void TextGatheringParser::docComment(const XMLCh* comment) {
@@ -66,11 +73,13 @@ void TextGatheringParser::ignorableWhitespace(const XMLCh* chars, XMLSize_t leng
 
 void TextGatheringParser::resetDocument() {
     text_.clear();
+    pending_ = false;
     XercesDOMParser::resetDocument();
 }
 
 void TextGatheringParser::startDocument() {
     text_.clear();
+    pending_ = false;
     XercesDOMParser::startDocument();
 }
 

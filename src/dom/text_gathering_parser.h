@@ -60,6 +60,8 @@ private:
     void flushText();
 
     std::basic_string<XMLCh> text_;
+    bool pending_ = false;  // character data seen since the last hand-over
+
 };
 
 }  // namespace lumxml
