@@ -5,6 +5,8 @@
 
 #include "dom_peek.h"
 #include "host_documents.h"
+#include "host_methods.h"
+#include "host_save.h"
 #include "host_test.h"
 #include "lumxml.h"
 
@@ -197,6 +199,23 @@ TEST_F(Schemas, InvalidDocumentGivesCode9AndOnlyTheQuotedMessage) {
     EXPECT_EQ(printed, "");
     // The document is still the host's.
     EXPECT_EQ(nameOf(documentElement(document.cell)), "order");
+}
+
+// A schema type that collapses whitespace leaves the element an empty text
+// node (Xerces hands over character data of length 0), which a save writes
+// as an open and a close tag.
+TEST_F(Schemas, WhitespaceCollapsedToNothingKeepsAnEmptyTextNode) {
+    std::string schema = dir.write(
+        "token.xsd",
+        "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
+        "<xs:element name=\"e\" type=\"xs:token\"/></xs:schema>");
+    HostDocument document;
+    std::string printed;
+    LoadAnswer answer = loadValidated(document, "<e> </e>", nullptr, schema.c_str(), printed);
+    ASSERT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(childCountOf(documentElement(document.cell)), 1);
+    EXPECT_EQ(saveToMemory(document.cell),
+              "<?xml version=\"1.0\" ?>\n<e></e>");
 }
 
 TEST_F(Schemas, NamespacedDocumentValidatesAgainstExternalSchemaLocation) {
