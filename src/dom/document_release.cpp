@@ -2,6 +2,9 @@
 
 #include <xercesc/dom/DOMDocumentType.hpp>
 
+#include "dom/doc_user_data.h"
+#include "frame/deep_stack.h"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace lumxml {
@@ -17,7 +20,15 @@ namespace lumxml {
 // without visiting them.
 void releaseDocument(DOMDocument* document) {
     if (document == nullptr) return;
-    if (DOMDocumentType* type = document->getDoctype()) {
+    DOMDocumentType* type = document->getDoctype();
+    if (type != nullptr && type->getParentNode() != asNode(document)) {
+        // The document still names a type it no longer holds: Xerces'
+        // replaceChild(type, type) on a document leaves it so. Only
+        // release() can free such a type, so it takes the stock route.
+        releaseDeep(asNode(document));
+        return;
+    }
+    if (type != nullptr) {
         document->removeChild(type);
         type->release();
     }

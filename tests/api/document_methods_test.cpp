@@ -326,6 +326,27 @@ TEST_F(DocumentMethods, Method30NamespaceErrorReachesTheHostAsNotInitializedWith
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
 }
 
+// ---- deleting after the document's own children were juggled ----------------------
+
+// replaceChild(type, type) on a document detaches the document type while
+// the document still names it; deleting the document must free both, with
+// no error.
+TEST_F(DocumentMethods, DeleteAfterReplacingTheDocumentTypeByItselfSucceeds) {
+    HostDocument juggled{7};
+    ASSERT_EQ(juggled.loadMemory("<!DOCTYPE r [<!ENTITY e 'x'>]><r>&e;</r>").code, 0);
+    void* type = nullptr;
+    int32_t first = 0;
+    ASSERT_EQ(docCall(juggled.cell, 8, {&first}, &type).code, 0);
+    ASSERT_EQ(typeOf(type), 10);
+    void* replaced = nullptr;
+    docCall(juggled.cell, 11, {type, type}, &replaced);
+    ErrorSlot slot;
+    lumDocDelete(juggled.cell, slot.buffer, &slot.code);
+    juggled.cell = nullptr;
+    EXPECT_EQ(slot.code, 0);
+    EXPECT_EQ(slot.text(), "");
+}
+
 // ---- 31, 32, 33 --------------------------------------------------------------------
 
 TEST_F(DocumentMethods, Method31ReplacesTheDocumentAndMovesTheRecord) {

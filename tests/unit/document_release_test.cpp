@@ -54,6 +54,20 @@ TEST_F(DocumentRelease, ReleasesAParsedDocumentType) {
     releaseDocument(document);
 }
 
+// Xerces' replaceChild(type, type) on a document takes the type out of the
+// children while the document still names it as its type.
+TEST_F(DocumentRelease, ReleasesADocumentTypeDetachedButStillNamed) {
+    DOMDocument* document = parse("<!DOCTYPE r [<!ENTITY e 'x'>]><r>&e;</r>");
+    ASSERT_NE(document, nullptr);
+    DOMDocumentType* type = document->getDoctype();
+    document->replaceChild(type, type);
+    ASSERT_EQ(document->getDoctype(), type);
+    ASSERT_EQ(type->getParentNode(), nullptr);
+    attachUserData(asNode(document), new DocUserData);
+    delete detachUserData(asNode(document));
+    releaseDocument(document);
+}
+
 TEST_F(DocumentRelease, ReleasesADocumentTypeMadeOnTheGlobalHeap) {
     DOMDocumentType* type = implementation()->createDocumentType(u"r", u"-//P", u"r.dtd");
     DOMDocument* document = implementation()->createDocument(nullptr, u"r", type);
