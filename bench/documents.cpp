@@ -1,9 +1,5 @@
 #include "documents.h"
 
-#include <cstdlib>
-
-#include "lumxml.h"
-
 namespace bench {
 
 std::string catalogue(size_t bytes) {
@@ -25,17 +21,31 @@ std::string catalogue(size_t bytes) {
     return out;
 }
 
-const std::string& cachedCatalogue(int64_t megabytes) {
-    static std::string cached;
-    static int64_t cachedSize = -1;
-    if (cachedSize != megabytes) {
-        cached = catalogue(static_cast<size_t>(megabytes) << 20);
-        cachedSize = megabytes;
+namespace {
+
+// One generated document, kept for the size it was last made for.
+struct Cached {
+    std::string text;
+    int64_t megabytes = -1;
+};
+
+const std::string& cachedOf(Cached& cached, int64_t megabytes,
+                            std::string (*make)(size_t bytes)) {
+    if (cached.megabytes != megabytes) {
+        cached.text = make(static_cast<size_t>(megabytes) << 20);
+        cached.megabytes = megabytes;
     }
-    return cached;
+    return cached.text;
 }
 
-std::string referenceDense(size_t bytes) {
+}  // namespace
+
+const std::string& cachedCatalogue(int64_t megabytes) {
+    static Cached cached;
+    return cachedOf(cached, megabytes, catalogue);
+}
+
+std::string referenceDense(size_t bytes, int words) {
     static const char* const kWords[] = {"the",   "quick", "brown",  "fox",    "jumps",
                                          "over",  "lazy",  "dog",    "while",  "seven",
                                          "tired", "owls",  "watch",  "nearby", "rivers"};
@@ -49,7 +59,7 @@ std::string referenceDense(size_t bytes) {
     };
     while (out.size() < bytes) {
         out += "<p>";
-        for (int word = 0; word < 150; ++word) {
+        for (int word = 0; word < words; ++word) {
             if (word > 0) out += ' ';
             if (next() % 100 < 8)
                 out += kReferences[next() % (sizeof kReferences / sizeof *kReferences)];
@@ -63,13 +73,8 @@ std::string referenceDense(size_t bytes) {
 }
 
 const std::string& cachedReferenceDense(int64_t megabytes) {
-    static std::string cached;
-    static int64_t cachedSize = -1;
-    if (cachedSize != megabytes) {
-        cached = referenceDense(static_cast<size_t>(megabytes) << 20);
-        cachedSize = megabytes;
-    }
-    return cached;
+    static Cached cached;
+    return cachedOf(cached, megabytes, [](size_t bytes) { return referenceDense(bytes); });
 }
 
 std::string wide(int64_t children) {
@@ -78,16 +83,6 @@ std::string wide(int64_t children) {
     for (int64_t i = 0; i < children; ++i) xml += i % 2 == 0 ? "<item/>" : "value";
     xml += "</root>";
     return xml;
-}
-
-void startLibrary() {
-    static bool started = [] {
-        char error[257] = {0};
-        int32_t code = 0;
-        lumInitParser("UTF-8", error, &code);
-        return code == 0;
-    }();
-    if (!started) std::abort();
 }
 
 }  // namespace bench

@@ -14,9 +14,9 @@ std::string catalogue(size_t bytes);
 // catalogue(megabytes << 20), made once per size and kept.
 const std::string& cachedCatalogue(int64_t megabytes);
 
-// Paragraphs of 150 words of prose in which 8% of the words are entity or
-// character references, about `bytes` long: text dense with references.
-std::string referenceDense(size_t bytes);
+// Paragraphs of `words` words of prose in which 8% of the words are entity
+// or character references, about `bytes` long: text dense with references.
+std::string referenceDense(size_t bytes, int words = 150);
 
 // referenceDense(megabytes << 20), made once per size and kept.
 const std::string& cachedReferenceDense(int64_t megabytes);
@@ -24,7 +24,8 @@ const std::string& cachedReferenceDense(int64_t megabytes);
 // One root holding `children` children, elements and texts in turn.
 std::string wide(int64_t children);
 
-// lumInitParser("UTF-8") once per process (this also starts Xerces).
+// lumInitParser("UTF-8") once per process (this also starts Xerces);
+// in library.cpp, so that programs without the exports can use the rest.
 void startLibrary();
 
 }  // namespace bench

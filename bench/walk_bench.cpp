@@ -101,17 +101,22 @@ size_t copyOut(const XMLCh* text, char (&buffer)[64]) {
     return std::strlen(buffer);
 }
 
+// What a host reads of one child: its type, and 8-bit copies of its name
+// and value.
+size_t readChild(const DOMNode* child) {
+    char name[64];
+    char value[64];
+    return static_cast<size_t>(child->getNodeType()) + copyOut(child->getNodeName(), name) +
+           copyOut(child->getNodeValue(), value);
+}
+
 void WalkXercesSiblings(benchmark::State& state) {
     XercesTree& tree = xercesTree(state.range(0));
     for (auto _ : state) {
         size_t seen = 0;
         for (DOMNode* child = tree.root->getFirstChild(); child != nullptr;
-             child = child->getNextSibling()) {
-            char name[64];
-            char value[64];
-            seen += static_cast<size_t>(child->getNodeType()) +
-                    copyOut(child->getNodeName(), name) + copyOut(child->getNodeValue(), value);
-        }
+             child = child->getNextSibling())
+            seen += readChild(child);
         benchmark::DoNotOptimize(seen);
     }
     state.SetItemsProcessed(state.range(0) * state.iterations());
@@ -125,13 +130,7 @@ void WalkXercesIndexed(benchmark::State& state) {
         DOMNodeList* children = tree.root->getChildNodes();
         XMLSize_t count = children->getLength();
         size_t seen = 0;
-        for (XMLSize_t i = 0; i < count; ++i) {
-            DOMNode* child = children->item(i);
-            char name[64];
-            char value[64];
-            seen += static_cast<size_t>(child->getNodeType()) +
-                    copyOut(child->getNodeName(), name) + copyOut(child->getNodeValue(), value);
-        }
+        for (XMLSize_t i = 0; i < count; ++i) seen += readChild(children->item(i));
         benchmark::DoNotOptimize(seen);
     }
     state.SetItemsProcessed(state.range(0) * state.iterations());

@@ -19,38 +19,12 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include "documents.h"
 #include "dom/text_gathering_parser.h"
 
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
-
-std::string referenceDense(size_t bytes, int words) {
-    static const char* const kWords[] = {"the",   "quick", "brown",  "fox",    "jumps",
-                                         "over",  "lazy",  "dog",    "while",  "seven",
-                                         "tired", "owls",  "watch",  "nearby", "rivers"};
-    static const char* const kReferences[] = {"&amp;", "&lt;", "&#233;", "&#x20AC;", "&gt;",
-                                              "&quot;", "&#169;"};
-    std::string out = "<book>\n";
-    uint32_t seed = 12345;
-    auto next = [&seed] {
-        seed = seed * 1103515245u + 12345u;
-        return (seed >> 16) & 0x7fff;
-    };
-    while (out.size() < bytes) {
-        out += "<p>";
-        for (int word = 0; word < words; ++word) {
-            if (word > 0) out += ' ';
-            if (next() % 100 < 8)
-                out += kReferences[next() % 7];
-            else
-                out += kWords[next() % 15];
-        }
-        out += "</p>\n";
-    }
-    out += "</book>\n";
-    return out;
-}
 
 long peakMegabytes() {
     rusage usage{};
@@ -77,7 +51,7 @@ int main(int argc, char** argv) {
         XMLPlatformUtils::Initialize();
     else
         XMLPlatformUtils::Initialize(initial, maximum, subAllocation);
-    const std::string text = referenceDense(megabytes << 20, words);
+    const std::string text = bench::referenceDense(megabytes << 20, words);
     const long before = peakMegabytes();
     const auto start = std::chrono::steady_clock::now();
     {

@@ -77,20 +77,25 @@ bool Utf8Escaper::append(const XMLCh* text, XMLSize_t length, XMLFormatter::Esca
     return end != nullptr;
 }
 
+inline bool Utf8Escaper::putAscii(const Bytes* table, unsigned c, char*& p) {
+    const Bytes& bytes = table[c];
+    if (bytes.length == 1) {
+        *p++ = bytes.text[0];
+        return true;
+    }
+    if (c == 0) return false;
+    std::memcpy(p, bytes.text, bytes.length);
+    p += bytes.length;
+    return true;
+}
+
 char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
                           char* p) const {
     const Bytes* table = ascii_[flags];
     for (XMLSize_t i = 0; i < length; ++i) {
         const XMLCh c = text[i];
         if (c < 0x80) {
-            const Bytes& bytes = table[c];
-            if (bytes.length == 1) {
-                *p++ = bytes.text[0];
-            } else {
-                if (c == 0) return nullptr;
-                std::memcpy(p, bytes.text, bytes.length);
-                p += bytes.length;
-            }
+            if (!putAscii(table, c, p)) return nullptr;
         } else if (c < 0x800) {
             *p++ = static_cast<char>(0xC0 | (c >> 6));
             *p++ = static_cast<char>(0x80 | (c & 0x3F));
@@ -118,14 +123,7 @@ char* Utf8Escaper::encodeUtf8(const char* text, size_t length, XMLFormatter::Esc
             *p++ = static_cast<char>(c);
             ++s;
         } else if (c < 0x80) {
-            const Bytes& bytes = table[c];
-            if (bytes.length == 1) {
-                *p++ = bytes.text[0];
-            } else {
-                if (c == 0) return nullptr;
-                std::memcpy(p, bytes.text, bytes.length);
-                p += bytes.length;
-            }
+            if (!putAscii(table, c, p)) return nullptr;
             ++s;
         } else if (c >= 0xC2 && c <= 0xDF) {
             // U+0080..U+07FF

@@ -62,6 +62,9 @@ private:
         char text[15];
         unsigned char length;
     };
+    // Writes the bytes of ASCII `c` from `table` at `p` and moves `p` on;
+    // false for NUL, which neither shortcut writes.
+    static bool putAscii(const Bytes* table, unsigned c, char*& p);
     Bytes ascii_[kFlags][128] = {};  // the zero unit stays empty: never taken
     // Per escape flag, per byte: written as itself (ASCII only, never zero).
     bool asIs_[kFlags][256] = {};

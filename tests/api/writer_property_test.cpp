@@ -28,6 +28,7 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include "dom_peek.h"
 #include "host_test.h"
 #include "lumxml.h"
 #include "writer_host.h"
@@ -428,31 +429,7 @@ std::string expectedInfoset(const Document& doc, bool ignoreWhitespace) {
 
 // ---- Parsing back with Xerces-C --------------------------------------------------
 
-std::string utf8(const XMLCh* units) {
-    std::string out;
-    if (units == nullptr) return out;
-    for (size_t i = 0; units[i] != 0; ++i) {
-        uint32_t c = units[i];
-        if (c >= 0xD800 && c < 0xDC00 && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000)
-            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00);
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
-    return out;
-}
+using lumtest::utf8;
 
 class CollectErrors : public ErrorHandler {
 public:

@@ -6,6 +6,7 @@
 
 #include "frame/deep_stack.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -15,9 +16,7 @@ namespace {
 class DeepStack : public ::testing::Test {
 protected:
     void SetUp() override {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
         document = DOMImplementationRegistry::getDOMImplementation(u"Core")->createDocument();
     }
     void TearDown() override { document->release(); }

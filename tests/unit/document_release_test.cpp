@@ -13,6 +13,7 @@
 #include "dom/doc_user_data.h"
 #include "dom/document_release.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -22,9 +23,7 @@ namespace {
 class DocumentRelease : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
     }
 
     static DOMImplementation* implementation() {

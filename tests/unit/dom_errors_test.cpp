@@ -8,6 +8,7 @@
 
 #include "frame/dom_errors.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -17,9 +18,7 @@ namespace {
 class DomErrors : public ::testing::Test {
 protected:
     void SetUp() override {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
         DOMImplementation* impl = DOMImplementationRegistry::getDOMImplementation(u"Core");
         document = impl->createDocument();
     }

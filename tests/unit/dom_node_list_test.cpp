@@ -4,6 +4,7 @@
 
 #include "dom/dom_node_list.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -14,9 +15,7 @@ namespace {
 class RemovalOrder : public ::testing::Test {
 protected:
     void SetUp() override {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
         document = DOMImplementationRegistry::getDOMImplementation(u"Core")->createDocument();
         element = document->createElement(u"r");
         document->appendChild(element);

@@ -10,6 +10,7 @@
 #include "dom/dom_tree_error_reporter.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -19,9 +20,7 @@ namespace {
 class Reporter : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
     }
 
     static SAXParseException problem(const std::string& message,

@@ -8,17 +8,11 @@
 
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 using namespace lumxml;
 
 namespace {
-
-void start(const char* codePage) {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser(codePage, buffer, &code);
-    ASSERT_EQ(code, 0) << buffer;
-}
 
 std::u16string allocated(const std::string& bytes) {
     XmlString text(bytes.c_str());
@@ -36,7 +30,7 @@ const std::vector<std::string> kTexts = {
     "\xC3", "\xED\xA0\x80", "\xFF\xFE", "\x80\x81\x9F", "tail \xE9\xE8"};
 
 TEST(HostCodecReusedBuffer, Utf8TextsGiveTheUnitsOfTheAllocatingConversion) {
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     EXPECT_TRUE(codec::hostIsUtf8());
     std::basic_string<XMLCh> buffer;
     for (const std::string& text : kTexts) EXPECT_EQ(reused(text, buffer), allocated(text)) << text;
@@ -44,13 +38,13 @@ TEST(HostCodecReusedBuffer, Utf8TextsGiveTheUnitsOfTheAllocatingConversion) {
 
 TEST(HostCodecReusedBuffer, OtherCodePagesGiveTheUnitsOfTheAllocatingConversion) {
     for (const char* page : {"ISO-8859-1", "windows-1252", "Shift_JIS", "ibm-037"}) {
-        start(page);
+        lumtest::startInternals(page);
         EXPECT_FALSE(codec::hostIsUtf8()) << page;
         std::basic_string<XMLCh> buffer;
         for (const std::string& text : kTexts)
             EXPECT_EQ(reused(text, buffer), allocated(text)) << page << ": " << text;
     }
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
 }
 
 TEST(HostCodecReusedBuffer, NullStaysNull) {
@@ -59,18 +53,18 @@ TEST(HostCodecReusedBuffer, NullStaysNull) {
 }
 
 TEST(HostCodecReusedBuffer, ShorterTextAfterALongerOneEndsAtItsOwnLength) {
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     std::basic_string<XMLCh> buffer;
     reused("a long first text", buffer);
     EXPECT_EQ(reused("ab", buffer), u"ab");
 }
 
 TEST(HostCodecReusedBuffer, Utf8AliasCountsAsUtf8) {
-    start("utf8");
+    lumtest::startInternals("utf8");
     EXPECT_TRUE(codec::hostIsUtf8());
-    start("ISO-8859-1");
+    lumtest::startInternals("ISO-8859-1");
     EXPECT_FALSE(codec::hostIsUtf8());
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     EXPECT_TRUE(codec::hostIsUtf8());
 }
 

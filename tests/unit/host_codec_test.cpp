@@ -7,17 +7,11 @@
 
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 using namespace lumxml;
 
 namespace {
-
-void start(const char* codePage) {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser(codePage, buffer, &code);
-    ASSERT_EQ(code, 0) << buffer;
-}
 
 std::u16string toXml(const std::string& bytes) {
     XmlString text(bytes.c_str());
@@ -30,32 +24,32 @@ std::string toHost(const std::u16string& text) {
 }
 
 TEST(HostCodec, Latin1ByteBecomesItsCharacterAndBack) {
-    start("ISO-8859-1");
+    lumtest::startInternals("ISO-8859-1");
     EXPECT_EQ(toXml("\xE9"), u"\u00E9");
     EXPECT_EQ(toHost(u"\u00E9"), "\xE9");
     EXPECT_EQ(toHost(u"caf\u00E9"), "caf\xE9");
 }
 
 TEST(HostCodec, Windows1252MapsByte80ToEuro) {
-    start("windows-1252");
+    lumtest::startInternals("windows-1252");
     EXPECT_EQ(toXml("\x80"), u"\u20AC");
     EXPECT_EQ(toHost(u"\u20AC"), "\x80");
 }
 
 TEST(HostCodec, Utf8GivesTwoBytesForEAcute) {
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     EXPECT_EQ(toHost(u"\u00E9"), "\xC3\xA9");
     EXPECT_EQ(toXml("\xC3\xA9"), u"\u00E9");
 }
 
 TEST(HostCodec, UnknownCodePageFallsBackToUtf8) {
-    start("ISO-8859-1");
-    start("no-such-page");
+    lumtest::startInternals("ISO-8859-1");
+    lumtest::startInternals("no-such-page");
     EXPECT_EQ(toHost(u"\u00E9"), "\xC3\xA9");
 }
 
 TEST(HostCodec, NullStaysNullAndEmptyStaysEmpty) {
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     EXPECT_EQ(codec::toXml(nullptr), nullptr);
     EXPECT_EQ(codec::toHost(static_cast<const XMLCh*>(nullptr)), nullptr);
     EXPECT_EQ(toXml(""), u"");
@@ -63,7 +57,7 @@ TEST(HostCodec, NullStaysNullAndEmptyStaysEmpty) {
 }
 
 TEST(HostCodec, UnrepresentableCharacterIsSubstituted) {
-    start("ISO-8859-1");
+    lumtest::startInternals("ISO-8859-1");
     std::string bytes = toHost(u"a\u4E2Db");
     ASSERT_EQ(bytes.size(), 3u);
     EXPECT_EQ(bytes[0], 'a');
@@ -72,14 +66,14 @@ TEST(HostCodec, UnrepresentableCharacterIsSubstituted) {
 }
 
 TEST(HostCodec, LongTextRoundTrips) {
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     std::u16string text;
     for (int i = 0; i < 100000; ++i) text += static_cast<char16_t>(0x20 + (i % 0x3000));
     EXPECT_EQ(toXml(toHost(text)), text);
 }
 
 TEST(HostCodec, FourThreadsConvertAlike) {
-    start("windows-1252");
+    lumtest::startInternals("windows-1252");
     std::vector<std::thread> threads;
     std::vector<int> failures(4, 0);
     for (int t = 0; t < 4; ++t) {

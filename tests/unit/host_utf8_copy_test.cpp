@@ -12,17 +12,11 @@
 
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 using namespace lumxml;
 
 namespace {
-
-void start(const char* codePage) {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser(codePage, buffer, &code);
-    ASSERT_EQ(code, 0) << buffer;
-}
 
 // What ICU makes of `text`, with the substitution character U+FFFD.
 std::string icuUtf8(const std::u16string& text) {
@@ -51,8 +45,8 @@ std::string hostCopy(const std::u16string& text) {
 
 class HostUtf8Copy : public ::testing::Test {
 protected:
-    void SetUp() override { start("UTF-8"); }
-    void TearDown() override { start("UTF-8"); }
+    void SetUp() override { lumtest::startInternals("UTF-8"); }
+    void TearDown() override { lumtest::startInternals("UTF-8"); }
 };
 
 TEST_F(HostUtf8Copy, EveryKindOfUnitIsEncodedAsIcuEncodesIt) {
@@ -97,10 +91,10 @@ TEST_F(HostUtf8Copy, RandomTextsAreEncodedAsIcuEncodesThem) {
 TEST_F(HostUtf8Copy, CopiesUseTheFastPathOnlyWhileTheCodePageIsUtf8) {
     EXPECT_TRUE(codec::hostIsUtf8());
     EXPECT_EQ(hostCopy(u"caf\u00E9"), "caf\xC3\xA9");
-    start("ISO-8859-1");
+    lumtest::startInternals("ISO-8859-1");
     EXPECT_FALSE(codec::hostIsUtf8());
     EXPECT_EQ(hostCopy(u"caf\u00E9"), "caf\xE9");
-    start("UTF-8");
+    lumtest::startInternals("UTF-8");
     EXPECT_TRUE(codec::hostIsUtf8());
     EXPECT_EQ(hostCopy(u"caf\u00E9"), "caf\xC3\xA9");
 }

@@ -14,6 +14,7 @@
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "host_test.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -27,9 +28,7 @@ using ScratchDir = lumtest::TempDir;
 class Resolver : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
     }
 
     static std::vector<std::string> directories(const LumEntityResolver& resolver) {

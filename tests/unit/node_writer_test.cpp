@@ -14,6 +14,7 @@
 #include "dom/dom_node_list.h"
 #include "dom/node_writer.h"
 #include "frame/library_state.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -35,9 +36,7 @@ public:
 class NodeWriterTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
         document = DOMImplementationRegistry::getDOMImplementation(u"Core")->createDocument();
     }
     void TearDown() override {

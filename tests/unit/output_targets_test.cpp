@@ -23,6 +23,7 @@
 #include "out/stream_out.h"
 #include "text_files.h"
 #include "wide_names.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -38,9 +39,7 @@ const std::string kBigMark("\xFE\xFF", 2);
 std::string nativeMark() { return XMLPlatformUtils::fgXMLChBigEndian ? kBigMark : kLittleMark; }
 
 void startLibrary() {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser("UTF-8", buffer, &code);
+    lumtest::startInternals();
 }
 
 std::string contentOf(const XMLMemOut& out) {

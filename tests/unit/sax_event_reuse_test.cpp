@@ -11,28 +11,22 @@
 #include "frame/library_state.h"
 #include "sax/sax_events.h"
 #include "sax/sax_parser.h"
+#include "start_library.h"
 
 using namespace lumxml;
 
 namespace {
 
-void start(const char* codePage) {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser(codePage, buffer, &code);
-    ASSERT_EQ(code, 0) << buffer;
-}
-
 class SaxEventReuse : public ::testing::Test {
 protected:
     void SetUp() override {
-        start("UTF-8");
+        lumtest::startInternals("UTF-8");
         std::memset(&instance, 0, sizeof instance);
         instance.state = sax::kStateRunning;
     }
     void TearDown() override {
         sax::deleteParserInstance(&instance);
-        start("UTF-8");
+        lumtest::startInternals("UTF-8");
     }
 
     SaxParserInstance instance;
@@ -130,7 +124,7 @@ TEST_F(SaxEventReuse, EmptyMarkerGivesNullWithoutACopy) {
 }
 
 TEST_F(SaxEventReuse, EmptyMarkerIsJudgedOnTheCopyInOtherCodePages) {
-    start("ISO-8859-1");
+    lumtest::startInternals("ISO-8859-1");
     EXPECT_EQ(sax::hostCopyUnlessEmptyMarker(u"EMPTY"), nullptr);
     EXPECT_EQ(sax::hostCopyUnlessEmptyMarker(u"", true), nullptr);
     Copy kept(sax::hostCopyUnlessEmptyMarker(u"caf\u00E9"));

@@ -21,6 +21,7 @@
 #include "sax/sax_events.h"
 #include "sax/sax_handlers.h"
 #include "sax/sax_parser.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -48,9 +49,7 @@ public:
 class SaxHandlers : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
     }
     void SetUp() override {
         std::memset(&instance, 0, sizeof instance);

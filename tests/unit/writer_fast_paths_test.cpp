@@ -15,6 +15,7 @@
 #include "frame/library_state.h"
 #include "out/memio.h"
 #include "writer/writer.h"
+#include "start_library.h"
 
 using namespace lumxml;
 
@@ -136,9 +137,7 @@ private:
 class WriterFastPaths : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
         memioInit(nullptr, recordingAlloc, recordingRealloc);
     }
     static void TearDownTestSuite() { memioInit(nullptr, nullptr, nullptr); }
@@ -235,9 +234,7 @@ TEST_F(WriterFastPaths, ShortcutsAreChosenOnlyForUtf8) {
 
 // Runs last: it changes the host code page of the process.
 TEST_F(WriterFastPaths, ZzOtherHostCodePageWritesItsOwnCharacters) {
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser("ISO-8859-1", buffer, &code);
+    lumtest::startInternals("ISO-8859-1");
     WriterArgs created{};
     executeWriterCommand(nullptr, 1, nullptr, &created);
     SAXWriter* writer = static_cast<SAXWriter*>(created.arg0);
@@ -256,7 +253,7 @@ TEST_F(WriterFastPaths, ZzOtherHostCodePageWritesItsOwnCharacters) {
               "caf\xC3\xA9 &amp;");
     std::free(options.memoryBuffer);
     executeWriterCommand(writer, 2, &options, nullptr);
-    initParser("UTF-8", buffer, &code);
+    lumtest::startInternals("UTF-8");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 
 #include "frame/library_state.h"
 #include "writer/writer.h"
+#include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -27,9 +28,7 @@ bool engineAnswer(const std::string& name) {
 class WriterNameCache : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        char buffer[257] = {0};
-        int32_t code = 0;
-        initParser("UTF-8", buffer, &code);
+        lumtest::startInternals();
     }
 };
 
@@ -83,11 +82,9 @@ TEST_F(WriterNameCache, LongNamesAreNotKept) {
 TEST_F(WriterNameCache, AnswersUnderAnotherCodePageAreNeitherKeptNorUsed) {
     SAXWriter writer;
     // Latin-1 E9 is a letter; the same byte alone is ill-formed UTF-8.
-    char buffer[257] = {0};
-    int32_t code = 0;
-    initParser("ISO-8859-1", buffer, &code);
+    lumtest::startInternals("ISO-8859-1");
     EXPECT_TRUE(isValidQName(writer, "caf\xE9"));
-    initParser("UTF-8", buffer, &code);
+    lumtest::startInternals("UTF-8");
     EXPECT_EQ(isValidQName(writer, "caf\xE9"), engineAnswer("caf\xE9"));
     EXPECT_EQ(writer.checkedQNames.find("caf\xE9", 4) != nullptr, true);  // kept under UTF-8 only
 }

@@ -1,0 +1,18 @@
+#include <cstdlib>
+
+#include "documents.h"
+#include "lumxml.h"
+
+namespace bench {
+
+void startLibrary() {
+    static bool started = [] {
+        char error[257] = {0};
+        int32_t code = 0;
+        lumInitParser("UTF-8", error, &code);
+        return code == 0;
+    }();
+    if (!started) std::abort();
+}
+
+}  // namespace bench
