@@ -11,6 +11,7 @@
 #include <benchmark/benchmark.h>
 #include <libxml/xmlwriter.h>
 
+#include "documents.h"
 #include "lumxml.h"
 #include "suite.h"
 
@@ -18,16 +19,6 @@ namespace {
 
 constexpr const char kText[] = "Widget & blue <boxed>";
 constexpr const char kCategory[] = "tools & hardware";
-
-void startLumxml() {
-    static bool started = [] {
-        char error[257] = {0};
-        int32_t code = 0;
-        lumInitParser("UTF-8", error, &code);
-        return code == 0;
-    }();
-    if (!started) std::abort();
-}
 
 void itemId(char (&buffer)[24], int64_t i) { std::snprintf(buffer, sizeof buffer, "i%07lld", static_cast<long long>(i)); }
 void itemPrice(char (&buffer)[24], int64_t i) { std::snprintf(buffer, sizeof buffer, "%lld.%02lld", static_cast<long long>(i % 1000), static_cast<long long>(i % 100)); }
@@ -39,7 +30,7 @@ int32_t run(SAXWriter* writer, int32_t command, WriterOptions* options, const vo
 }
 
 void LumxmlWriterToMemory(benchmark::State& state) {
-    startLumxml();
+    bench::startLibrary();
     const int64_t count = state.range(0);
     const bool strict = state.range(1) != 0;
     int64_t bytes = 0;

@@ -8,6 +8,7 @@
 #include <xercesc/framework/XMLFormatter.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include "format_capture.h"
 #include "out/utf8_escaper.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -15,13 +16,7 @@ using lumxml::Utf8Escaper;
 
 namespace {
 
-class Capture : public XMLFormatTarget {
-public:
-    void writeChars(const XMLByte* toWrite, XMLSize_t count, XMLFormatter*) override {
-        bytes.append(reinterpret_cast<const char*>(toWrite), count);
-    }
-    std::string bytes;
-};
+using Capture = lumtest::FormatCapture;
 
 class Utf8Direct : public ::testing::Test {
 protected:

@@ -14,6 +14,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "frame/host_codec.h"
+#include "format_capture.h"
 #include "out/utf8_escaper.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -21,13 +22,7 @@ using lumxml::Utf8Escaper;
 
 namespace {
 
-class Capture : public XMLFormatTarget {
-public:
-    void writeChars(const XMLByte* toWrite, XMLSize_t count, XMLFormatter*) override {
-        bytes.append(reinterpret_cast<const char*>(toWrite), count);
-    }
-    std::string bytes;
-};
+using Capture = lumtest::FormatCapture;
 
 const XMLFormatter::EscapeFlags kFlags[] = {XMLFormatter::NoEscapes, XMLFormatter::StdEscapes,
                                             XMLFormatter::AttrEscapes, XMLFormatter::CharEscapes};
