@@ -1,5 +1,6 @@
 #include "dom/doc_user_data.h"
 
+#include "dom/child_cursor.h"
 #include "dom/document_release.h"
 
 #include "frame/library_state.h"
@@ -35,6 +36,7 @@ void attachUserData(DOMNode* node, DocUserData* record) {
 
 DOMDocument* replaceDocument(DOMDocument* from, DOMDocument* to) {
     DocUserData* record = detachUserData(asNode(from));
+    noteDocumentReleased(from);
     releaseDocument(from);
     attachUserData(asNode(to), record);
     return to;

@@ -6,9 +6,14 @@
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLChar.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUniDefs.hpp>
+
 
 #include "dom/child_cursor.h"
 #include "dom/doc_user_data.h"
+#include "dom/document_release.h"
 #include "dom/method_call.h"
 #include "dom/node_methods.h"
 #include "frame/dom_errors.h"
@@ -44,7 +49,6 @@ using DocumentRun = void (*)(DocumentCall& c);
 struct DocumentMethod {
     DocumentRun run;
     DomErrors domErrors;
-    bool changesTree;
 };
 
 DOMDocument& the(DOMDocument* document) {
@@ -159,24 +163,49 @@ void createNodeNS(DocumentCall& c) {
     }
 }
 
+// The checks Xerces makes of a document type's qualified name, in its
+// order: a valid XML 1.0 name (else the invalid-character error), at most
+// one colon, neither first nor last, with a valid name on each side (else
+// the namespace error).
+void checkTypeName(const XMLCh* qualifiedName) {
+    // A missing name counts as the empty one, as for the other factories.
+    if (qualifiedName == nullptr || !XMLChar1_0::isValidName(qualifiedName))
+        throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);
+    int colon = XMLString::indexOf(qualifiedName, chColon);
+    if (colon < 0) return;
+    XMLSize_t at = static_cast<XMLSize_t>(colon);
+    if (at == 0 || XMLString::indexOf(qualifiedName, chColon, at + 1) >= 0 ||
+        !XMLChar1_0::isValidName(qualifiedName, at) ||
+        !XMLChar1_0::isValidName(qualifiedName + at + 1))
+        throw DOMException(DOMException::NAMESPACE_ERR, 0);
+}
+
 // A new document with a document type replaces this one behind the host
 // object: the host record moves to it and this one is released. The host
 // must put the new address in its document cell.
+//
+// The type is made by the new document itself, on its heap, and inserted
+// before the document element: that is the tree Xerces builds when handed a
+// type made by DOMImplementation, but such a type takes its strings and maps
+// from a process-wide heap that is never freed (several KB per call), and
+// when the document's own checks fail, that type is left pointing into the
+// document Xerces has just freed. The type's name is checked first, as
+// Xerces would have, so that the same error answers the same name.
 void newDocumentWithType(DocumentCall& c) {
     c.call.writeDocument(nullptr);
     XmlString namespaceURI(c.call.stringArg(0));
     XmlString qualifiedName(c.call.stringArg(1));
     XmlString publicId(c.call.stringArg(2));
     XmlString systemId(c.call.stringArg(3));
+    checkTypeName(qualifiedName);
     DOMImplementation* implementation = the(c.document).getImplementation();
-    DOMDocumentType* type =
-        implementation->createDocumentType(qualifiedName, publicId, systemId);
-    DOMDocument* made = nullptr;
+    DOMDocument* made = implementation->createDocument(namespaceURI, qualifiedName, nullptr,
+                                                       XMLPlatformUtils::fgMemoryManager);
     try {
-        made = implementation->createDocument(namespaceURI, qualifiedName, type,
-                                              XMLPlatformUtils::fgMemoryManager);
+        DOMDocumentType* type = made->createDocumentType(qualifiedName, publicId, systemId);
+        made->insertBefore(type, made->getDocumentElement());
     } catch (...) {
-        type->release();
+        releaseDocument(made);
         throw;
     }
     c.call.writeDocument(replaceDocument(c.document, made));
@@ -195,58 +224,49 @@ void systemIdOfType(DocumentCall& c) { documentTypeId(c, true); }
 
 // ---- the table ---------------------------------------------------------------
 
-constexpr bool kChanges = true;
-constexpr bool kReads = false;
 constexpr DomErrors kTranslated = DomErrors::Translated;
 constexpr DomErrors kUnexpected = DomErrors::Unexpected;
 constexpr DomErrors kForwarded = DomErrors::Forwarded;
 
 const DocumentMethod kDocumentMethods[kHighestDocumentMethod] = {
-    /* 1 */ {createNode, kTranslated, kChanges},
-    /* 2 */ {forwardToNode, kForwarded, kReads},
-    /* 3 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 4 */ {documentElement, kUnexpected, kReads},
-    /* 5 */ {forwardToNode, kForwarded, kReads},
-    /* 6 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 7 */ {forwardToNode, kForwarded, kReads},
-    /* 8 */ {childByIndex, kUnexpected, kReads},
-    /* 9 */ {forwardToNode, kForwarded, kReads},
-    /* 10 */ {forwardToNode, kForwarded, kReads},
-    /* 11 */ {forwardToNode, kForwarded, kReads},
-    /* 12 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 13 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 14 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 15 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 16 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 17 */ {forwardToNode, kForwarded, kReads},
-    /* 18 */ {forwardToNode, kForwarded, kReads},
-    /* 19 */ {forwardToNode, kForwarded, kReads},
-    /* 20 */ {forwardToNode, kForwarded, kReads},
-    /* 21 */ {forwardToNode, kForwarded, kReads},
-    /* 22 */ {importNode, kUnexpected, kChanges},
-    /* 23 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 24 */ {deprecated, kUnexpected, kReads},
-    /* 25 */ {deprecated, kUnexpected, kReads},
-    /* 26 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 27 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 28 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 29 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 30 */ {createNodeNS, kTranslated, kChanges},
-    /* 31 */ {newDocumentWithType, kTranslated, kChanges},
-    /* 32 */ {publicIdOfType, kUnexpected, kReads},
-    /* 33 */ {systemIdOfType, kUnexpected, kReads},
-    /* 34 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 35 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 36 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 37 */ {notValidOnDocument, kUnexpected, kReads},
-    /* 38 */ {notValidOnDocument, kUnexpected, kReads},
-};
-
-struct TreeChangeNote {
-    bool active;
-    ~TreeChangeNote() {
-        if (active) noteTreeChange();
-    }
+    /* 1 */ {createNode, kTranslated},
+    /* 2 */ {forwardToNode, kForwarded},
+    /* 3 */ {notValidOnDocument, kUnexpected},
+    /* 4 */ {documentElement, kUnexpected},
+    /* 5 */ {forwardToNode, kForwarded},
+    /* 6 */ {notValidOnDocument, kUnexpected},
+    /* 7 */ {forwardToNode, kForwarded},
+    /* 8 */ {childByIndex, kUnexpected},
+    /* 9 */ {forwardToNode, kForwarded},
+    /* 10 */ {forwardToNode, kForwarded},
+    /* 11 */ {forwardToNode, kForwarded},
+    /* 12 */ {notValidOnDocument, kUnexpected},
+    /* 13 */ {notValidOnDocument, kUnexpected},
+    /* 14 */ {notValidOnDocument, kUnexpected},
+    /* 15 */ {notValidOnDocument, kUnexpected},
+    /* 16 */ {notValidOnDocument, kUnexpected},
+    /* 17 */ {forwardToNode, kForwarded},
+    /* 18 */ {forwardToNode, kForwarded},
+    /* 19 */ {forwardToNode, kForwarded},
+    /* 20 */ {forwardToNode, kForwarded},
+    /* 21 */ {forwardToNode, kForwarded},
+    /* 22 */ {importNode, kUnexpected},
+    /* 23 */ {notValidOnDocument, kUnexpected},
+    /* 24 */ {deprecated, kUnexpected},
+    /* 25 */ {deprecated, kUnexpected},
+    /* 26 */ {notValidOnDocument, kUnexpected},
+    /* 27 */ {notValidOnDocument, kUnexpected},
+    /* 28 */ {notValidOnDocument, kUnexpected},
+    /* 29 */ {notValidOnDocument, kUnexpected},
+    /* 30 */ {createNodeNS, kTranslated},
+    /* 31 */ {newDocumentWithType, kTranslated},
+    /* 32 */ {publicIdOfType, kUnexpected},
+    /* 33 */ {systemIdOfType, kUnexpected},
+    /* 34 */ {notValidOnDocument, kUnexpected},
+    /* 35 */ {notValidOnDocument, kUnexpected},
+    /* 36 */ {notValidOnDocument, kUnexpected},
+    /* 37 */ {notValidOnDocument, kUnexpected},
+    /* 38 */ {notValidOnDocument, kUnexpected},
 };
 
 }  // namespace
@@ -266,7 +286,6 @@ void documentExecute(DOMDocument* document, int32_t method, void** args, void* r
     const DocumentMethod& entry = kDocumentMethods[method - 1];
     MethodCall call(args, result, report);
     DocumentCall c{document, method, args, result, call, report, entry.domErrors};
-    TreeChangeNote note{entry.changesTree};
     try {
         entry.run(c);
     } catch (const DOMException& e) {

@@ -172,8 +172,8 @@ void adoptParsedDocument(XercesDOMParser& parser, const LoadRequest& request) {
     DOMDocument* current = static_cast<DOMDocument*>(*request.document);
     DocUserData* record = current != nullptr ? detachUserData(asNode(current)) : nullptr;
     DOMDocument* kept = current;
-    noteTreeChange();
     if (DOMDocument* parsed = parser.adoptDocument()) {
+        noteDocumentReleased(current);
         releaseDocument(current);
         kept = parsed;
     }
@@ -227,7 +227,7 @@ void deleteDocument(void* document) {
     DOMDocument* doc = static_cast<DOMDocument*>(document);
     if (doc == nullptr) return;
     delete detachUserData(asNode(doc));
-    noteTreeChange();
+    noteDocumentReleased(doc);
     releaseDocument(doc);
 }
 

@@ -31,8 +31,6 @@ struct NodeMethod {
     // A DOMException is translated (code 6) only by these methods; in the
     // others it is an unexpected failure (code 13).
     bool translatesDomErrors;
-    // Whether the method can change a child list (or release nodes).
-    bool changesTree;
 };
 
 // ---- helpers ---------------------------------------------------------------
@@ -81,7 +79,26 @@ void setValue(DOMNode& node, const XMLCh* value, MethodCall& call) {
     }
     if (node.getNodeType() == DOMNode::ELEMENT_NODE)
         throw DOMException(DOMException::NO_MODIFICATION_ALLOWED_ERR, 0);
+    // An attribute's value is its list of children.
+    noteSubtreeChanged(&node);
     node.setNodeValue(value);
+}
+
+// ---- change notes for indexed child reads ------------------------------------
+
+// A node inserted somewhere leaves its old parent first; a fragment gives
+// up all its children.
+void noteChildMoving(DOMNode* moving) {
+    noteChildrenChanged(moving->getParentNode());
+    if (moving->getNodeType() == DOMNode::DOCUMENT_FRAGMENT_NODE) noteChildrenChanged(moving);
+}
+
+// Setting or removing an attribute replaces, releases or moves attribute
+// nodes (whose children are their value) but no child of the element.
+void noteAttributesChanged(DOMElement* element) {
+    DOMNamedNodeMap* attributes = element->getAttributes();
+    for (XMLSize_t i = 0, n = attributes->getLength(); i < n; ++i)
+        noteSubtreeChanged(attributes->item(i));
 }
 
 // ---- refusals (they never touch the node) ----------------------------------
@@ -103,13 +120,20 @@ void insertBefore(DOMNode* node, MethodCall& call) {
     // into itself would make a cycle.
     if (newChild == nullptr || newChild == node)
         throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
+    bool appends = refChild == nullptr && newChild->getParentNode() != node &&
+                   newChild->getNodeType() != DOMNode::DOCUMENT_FRAGMENT_NODE;
+    noteChildMoving(newChild);
+    if (!appends) noteChildrenChanged(node);
     the(node).insertBefore(newChild, refChild);
+    if (appends) noteChildAppended(node, newChild);
 }
 
 void removeAndRelease(DOMNode* node, MethodCall&) {
     DOMNode* parent = the(node).getParentNode();
     if (parent == nullptr) return;
+    noteChildrenChanged(parent);
     parent->removeChild(node);
+    noteSubtreeChanged(node);
     releaseDeep(node);
 }
 
@@ -159,7 +183,8 @@ void cloneOf(DOMNode* node, MethodCall& call) {
 void removeChild(DOMNode* node, MethodCall& call) {
     DOMNode* child = call.nodeArg(0);
     if (child == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
-    the(node).removeChild(child);
+    noteChildrenChanged(&the(node));
+    node->removeChild(child);
 }
 
 void replaceChild(DOMNode* node, MethodCall& call) {
@@ -168,12 +193,16 @@ void replaceChild(DOMNode* node, MethodCall& call) {
     if (newChild == nullptr || newChild == node)
         throw DOMException(DOMException::HIERARCHY_REQUEST_ERR, 0);
     if (oldChild == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
-    the(node).replaceChild(newChild, oldChild);
+    noteChildMoving(newChild);
+    noteChildrenChanged(&the(node));
+    node->replaceChild(newChild, oldChild);
 }
 
 void normalize(DOMNode* node, MethodCall& call) {
-    if (DOMElement* element = elementOrRefuse(node, call))
-        runForSubtree(element, [element] { element->normalize(); });
+    DOMElement* element = elementOrRefuse(node, call);
+    if (element == nullptr) return;
+    noteSubtreeChanged(element);
+    runForSubtree(element, [element] { element->normalize(); });
 }
 
 // ---- attributes ------------------------------------------------------------
@@ -215,6 +244,7 @@ void attributeValue(DOMNode* node, MethodCall& call) {
 void setAttribute(DOMNode* node, MethodCall& call) {
     DOMElement* element = elementOrRefuse(node, call);
     if (element == nullptr) return;
+    noteAttributesChanged(element);
     XmlString name(call.stringArg(0));
     XmlString value(call.stringArg(1));
     element->setAttribute(name, value);
@@ -223,12 +253,14 @@ void setAttribute(DOMNode* node, MethodCall& call) {
 void removeAttribute(DOMNode* node, MethodCall& call) {
     DOMElement* element = elementOrRefuse(node, call);
     if (element == nullptr) return;
+    noteAttributesChanged(element);
     element->removeAttribute(XmlString(call.stringArg(0)));
 }
 
 void removeAttributeNode(DOMNode* node, MethodCall& call) {
     DOMElement* element = elementOrRefuse(node, call);
     if (element == nullptr) return;
+    noteAttributesChanged(element);
     DOMAttr* attribute = asAttribute(call.nodeArg(0));
     if (attribute == nullptr) throw DOMException(DOMException::NOT_FOUND_ERR, 0);
     element->removeAttributeNode(attribute);
@@ -237,6 +269,7 @@ void removeAttributeNode(DOMNode* node, MethodCall& call) {
 void setAttributeNode(DOMNode* node, MethodCall& call) {
     DOMElement* element = elementOrRefuse(node, call);
     if (element == nullptr) return;
+    noteAttributesChanged(element);
     DOMAttr* attribute = asAttribute(call.nodeArg(0));
     // Xerces answers a node that is not an attribute with WRONG_DOCUMENT_ERR
     // (it checks the type before anything else); hosts see that answer, and
@@ -362,57 +395,47 @@ void setCountedValue(DOMNode* node, MethodCall& call) {
 
 constexpr bool kTranslated = true;
 constexpr bool kUnexpected = false;
-constexpr bool kChanges = true;
-constexpr bool kReads = false;
 
 const NodeMethod kNodeMethods[kHighestNodeMethod] = {
-    /* 1 */ {notValidOnNodeRef, kUnexpected, kReads},
-    /* 2 */ {insertBefore, kTranslated, kChanges},
-    /* 3 */ {removeAndRelease, kTranslated, kChanges},
-    /* 4 */ {notValidOnNodeRef, kUnexpected, kReads},
-    /* 5 */ {childCountOf, kUnexpected, kReads},
-    /* 6 */ {positionOf, kUnexpected, kReads},
-    /* 7 */ {parentOf, kUnexpected, kReads},
-    /* 8 */ {childByIndex, kUnexpected, kReads},
-    /* 9 */ {cloneOf, kUnexpected, kChanges},
-    /* 10 */ {removeChild, kTranslated, kChanges},
-    /* 11 */ {replaceChild, kTranslated, kChanges},
-    /* 12 */ {attributeNames, kUnexpected, kReads},
-    /* 13 */ {attributeValue, kUnexpected, kReads},
-    /* 14 */ {setAttribute, kTranslated, kChanges},
-    /* 15 */ {removeAttribute, kTranslated, kChanges},
-    /* 16 */ {removeAttributeNode, kTranslated, kChanges},
-    /* 17 */ {ownerHandle, kUnexpected, kReads},
-    /* 18 */ {nodeType, kUnexpected, kReads},
-    /* 19 */ {nodeValue, kUnexpected, kReads},
-    /* 20 */ {setNodeValue, kTranslated, kChanges},
-    /* 21 */ {nodeName, kUnexpected, kReads},
-    /* 22 */ {invalidMethodNumber, kUnexpected, kReads},
-    /* 23 */ {normalize, kTranslated, kChanges},
-    /* 24 */ {notValidOnNodeRef, kUnexpected, kReads},
-    /* 25 */ {notValidOnNodeRef, kUnexpected, kReads},
-    /* 26 */ {namespaceURI, kUnexpected, kReads},
-    /* 27 */ {prefix, kUnexpected, kReads},
-    /* 28 */ {localName, kUnexpected, kReads},
-    /* 29 */ {setPrefix, kTranslated, kChanges},
-    /* 30 */ {notValidOnNodeRef, kUnexpected, kReads},
-    /* 31 */ {invalidMethodNumber, kUnexpected, kReads},
-    /* 32 */ {invalidMethodNumber, kUnexpected, kReads},
-    /* 33 */ {invalidMethodNumber, kUnexpected, kReads},
-    /* 34 */ {setAttributeNode, kTranslated, kChanges},
-    /* 35 */ {attributeNode, kUnexpected, kReads},
-    /* 36 */ {wholeValue, kUnexpected, kReads},
-    /* 37 */ {setCountedValue, kTranslated, kChanges},
-    /* 38 */ {releaseWholeValue, kUnexpected, kReads},
-    /* 39 */ {attributeNS, kUnexpected, kReads},
-};
-
-// Invalidates indexed child positions however the method ends.
-struct TreeChangeNote {
-    bool active;
-    ~TreeChangeNote() {
-        if (active) noteTreeChange();
-    }
+    /* 1 */ {notValidOnNodeRef, kUnexpected},
+    /* 2 */ {insertBefore, kTranslated},
+    /* 3 */ {removeAndRelease, kTranslated},
+    /* 4 */ {notValidOnNodeRef, kUnexpected},
+    /* 5 */ {childCountOf, kUnexpected},
+    /* 6 */ {positionOf, kUnexpected},
+    /* 7 */ {parentOf, kUnexpected},
+    /* 8 */ {childByIndex, kUnexpected},
+    /* 9 */ {cloneOf, kUnexpected},
+    /* 10 */ {removeChild, kTranslated},
+    /* 11 */ {replaceChild, kTranslated},
+    /* 12 */ {attributeNames, kUnexpected},
+    /* 13 */ {attributeValue, kUnexpected},
+    /* 14 */ {setAttribute, kTranslated},
+    /* 15 */ {removeAttribute, kTranslated},
+    /* 16 */ {removeAttributeNode, kTranslated},
+    /* 17 */ {ownerHandle, kUnexpected},
+    /* 18 */ {nodeType, kUnexpected},
+    /* 19 */ {nodeValue, kUnexpected},
+    /* 20 */ {setNodeValue, kTranslated},
+    /* 21 */ {nodeName, kUnexpected},
+    /* 22 */ {invalidMethodNumber, kUnexpected},
+    /* 23 */ {normalize, kTranslated},
+    /* 24 */ {notValidOnNodeRef, kUnexpected},
+    /* 25 */ {notValidOnNodeRef, kUnexpected},
+    /* 26 */ {namespaceURI, kUnexpected},
+    /* 27 */ {prefix, kUnexpected},
+    /* 28 */ {localName, kUnexpected},
+    /* 29 */ {setPrefix, kTranslated},
+    /* 30 */ {notValidOnNodeRef, kUnexpected},
+    /* 31 */ {invalidMethodNumber, kUnexpected},
+    /* 32 */ {invalidMethodNumber, kUnexpected},
+    /* 33 */ {invalidMethodNumber, kUnexpected},
+    /* 34 */ {setAttributeNode, kTranslated},
+    /* 35 */ {attributeNode, kUnexpected},
+    /* 36 */ {wholeValue, kUnexpected},
+    /* 37 */ {setCountedValue, kTranslated},
+    /* 38 */ {releaseWholeValue, kUnexpected},
+    /* 39 */ {attributeNS, kUnexpected},
 };
 
 }  // namespace
@@ -428,7 +451,6 @@ void nodeExecute(DOMNode* node, int32_t method, void** args, void* result, Error
     }
     const NodeMethod& entry = kNodeMethods[method - 1];
     MethodCall call(args, result, report);
-    TreeChangeNote note{entry.changesTree};
     try {
         entry.run(node, call);
     } catch (const DOMException& e) {
