@@ -171,12 +171,18 @@ void checkTypeName(const XMLCh* qualifiedName) {
     // A missing name counts as the empty one, as for the other factories.
     if (qualifiedName == nullptr || !XMLChar1_0::isValidName(qualifiedName))
         throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);
-    int colon = XMLString::indexOf(qualifiedName, chColon);
-    if (colon < 0) return;
-    XMLSize_t at = static_cast<XMLSize_t>(colon);
-    if (at == 0 || XMLString::indexOf(qualifiedName, chColon, at + 1) >= 0 ||
-        !XMLChar1_0::isValidName(qualifiedName, at) ||
-        !XMLChar1_0::isValidName(qualifiedName + at + 1))
+    XMLSize_t length = 0;
+    XMLSize_t colon = 0;
+    int colons = 0;
+    for (; qualifiedName[length] != 0; ++length)
+        if (qualifiedName[length] == chColon) {
+            ++colons;
+            colon = length;
+        }
+    if (colons == 0) return;
+    if (colons > 1 || colon == 0 || colon + 1 == length ||
+        !XMLChar1_0::isValidName(qualifiedName, colon) ||
+        !XMLChar1_0::isValidName(qualifiedName + colon + 1))
         throw DOMException(DOMException::NAMESPACE_ERR, 0);
 }
 
