@@ -35,6 +35,8 @@ benchmark::internal::Benchmark* add(const char* path, const char* implementation
 // by the first start in a process, and lumxml starts it with its own.
 void registerLoad();
 void registerWalk();
+// Called by registerWalk: the walks over a nested document.
+void registerNestedWalk();
 void registerSave();
 void registerPull();
 void registerWriter();

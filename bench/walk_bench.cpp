@@ -148,4 +148,5 @@ void bench::registerWalk() {
     // Only at the smallest size: at 10^6 children it would take hours.
     add("Walk", "xerces-indexed", WalkXercesIndexed)
         ->Arg(sizes().walkChildren[0])->Unit(benchmark::kMillisecond);
+    registerNestedWalk();
 }

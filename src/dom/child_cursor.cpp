@@ -66,11 +66,11 @@ struct ChildList {
                document == of->getOwnerDocument() && documentStamp == stampOf(document);
     }
 
+    // The list is filled before it names its parent: if an allocation
+    // fails half way, it names nothing and is never taken for valid.
     void take(const DOMNode* of) {
-        parent = of;
-        document = of->getOwnerDocument();
-        parentStamp = stampOf(of);
-        documentStamp = stampOf(document);
+        parent = nullptr;
+        uint64_t stampBefore = stampOf(of);
         // A list once made for a huge parent is not kept for a small one.
         if (children.capacity() > 65536) std::vector<DOMNode*>().swap(children);
         children.clear();
@@ -78,6 +78,10 @@ struct ChildList {
         for (DOMNode* child = of->getFirstChild(); child != nullptr;
              child = child->getNextSibling())
             children.push_back(child);
+        document = of->getOwnerDocument();
+        documentStamp = stampOf(document);
+        parentStamp = stampBefore;
+        parent = of;
         lastIndex = kNoIndex;
         finished = false;
     }
@@ -121,9 +125,12 @@ private:
 
     uint64_t byAddressLookup(const DOMNode* child) {
         if (byAddress.empty()) {
-            byAddress.reserve(children.size());
-            for (uint64_t i = 0; i < children.size(); ++i) byAddress.emplace_back(children[i], i);
-            std::sort(byAddress.begin(), byAddress.end());
+            // Made aside and swapped in, so that a failed allocation leaves none.
+            std::vector<std::pair<const DOMNode*, uint64_t>> made;
+            made.reserve(children.size());
+            for (uint64_t i = 0; i < children.size(); ++i) made.emplace_back(children[i], i);
+            std::sort(made.begin(), made.end());
+            byAddress.swap(made);
         }
         auto it = std::lower_bound(byAddress.begin(), byAddress.end(),
                                    std::make_pair(child, uint64_t{0}));
@@ -193,7 +200,29 @@ private:
     uint64_t clock_ = 0;
 };
 
-thread_local ChildLists lists;
+// One cache per thread, made on first use. Its pointer is a plain
+// thread_local that outlives the cache: a host may still delete documents
+// or walk them from its own exit code after this thread's thread_local
+// objects are gone; then no list is kept and every answer is walked.
+thread_local ChildLists* threadLists = nullptr;
+thread_local bool threadListsEnded = false;
+
+struct ThreadListsOwner {
+    ~ThreadListsOwner() {
+        delete threadLists;
+        threadLists = nullptr;
+        threadListsEnded = true;
+    }
+};
+thread_local ThreadListsOwner threadListsOwner;
+
+ChildLists* lists() {
+    if (threadLists == nullptr && !threadListsEnded) {
+        (void)&threadListsOwner;  // registers the owner's destructor for this thread
+        threadLists = new ChildLists;
+    }
+    return threadLists;
+}
 
 // ---- subtree walks without recursion -----------------------------------------
 
@@ -234,7 +263,8 @@ void noteChildrenChanged(const DOMNode* parent) {
 }
 
 void noteChildAppended(const DOMNode* parent, DOMNode* child) {
-    ChildList* list = lists.find(parent);
+    ChildLists* cache = lists();
+    ChildList* list = cache != nullptr ? cache->find(parent) : nullptr;
     uint64_t stamp = bump(parent);
     if (list == nullptr) return;
     list->children.push_back(child);
@@ -254,41 +284,48 @@ void noteDocumentReleased(const DOMDocument* document) {
     const DOMNode* node = static_cast<const DOMNode*>(document);
     bump(document);
     bump(node);
-    lists.forgetDocument(document, node);
+    if (threadLists != nullptr) threadLists->forgetDocument(document, node);
 }
 
 DOMNode* childAt(const DOMNode* parent, uint64_t index) {
-    if (ChildList* list = lists.find(parent)) return list->at(index);
+    ChildLists* cache = lists();
+    if (cache != nullptr)
+        if (ChildList* list = cache->find(parent)) return list->at(index);
     DOMNode* child = parent->getFirstChild();
     uint64_t at = 0;
-    while (child != nullptr && at < index && at < kWalked) {
+    while (child != nullptr && at < index && (at < kWalked || cache == nullptr)) {
         child = child->getNextSibling();
         ++at;
     }
     if (child == nullptr || at == index) return child;
-    return lists.make(parent).at(index);
+    return cache->make(parent).at(index);
 }
 
 uint64_t childCount(const DOMNode* parent) {
     const DOMNode* child = parent->getFirstChild();
     if (child == nullptr) return 0;
-    if (ChildList* list = lists.find(parent)) return list->children.size();
+    ChildLists* cache = lists();
+    if (cache != nullptr)
+        if (ChildList* list = cache->find(parent)) return list->children.size();
     uint64_t count = 0;
-    while (child != nullptr && count <= kWalked) {
+    while (child != nullptr && (count <= kWalked || cache == nullptr)) {
         ++count;
         child = child->getNextSibling();
     }
     if (child == nullptr) return count;
-    return lists.make(parent).children.size();
+    return cache->make(parent).children.size();
 }
 
 uint64_t positionAmongSiblings(const DOMNode* parent, const DOMNode* child) {
-    if (ChildList* list = lists.find(parent)) return list->positionOf(child);
+    ChildLists* cache = lists();
+    if (cache != nullptr)
+        if (ChildList* list = cache->find(parent)) return list->positionOf(child);
     uint64_t at = 0;
-    for (const DOMNode* node = parent->getFirstChild(); node != nullptr && at <= kWalked;
-         node = node->getNextSibling(), ++at)
+    const DOMNode* node = parent->getFirstChild();
+    for (; node != nullptr && (at <= kWalked || cache == nullptr); node = node->getNextSibling(), ++at)
         if (node == child) return at;
-    return lists.make(parent).positionOf(child);
+    if (node == nullptr) return at;  // not among them: the count, as a full walk answers
+    return cache->make(parent).positionOf(child);
 }
 
 }  // namespace lumxml

@@ -14,6 +14,30 @@ namespace {
 
 size_t unitsOf(const XMLCh* text) { return text != nullptr ? XMLString::stringLen(text) : 0; }
 
+// Names and most values are short: with a UTF-8 host they are converted
+// into a buffer of the calling thread instead of a block from Xerces' memory
+// manager (the same bytes: toHost uses the same conversion). The buffer is
+// trivially destructible, so that a host calling from its exit code still
+// finds it. Longer texts, and other code pages, take the general route.
+constexpr size_t kScratchBytes = 4096;
+
+// `use(bytes, length)`: the terminated host bytes and their length up to
+// the first NUL.
+template <class Use>
+void withHostBytes(const XMLCh* text, size_t units, Use&& use) {
+    if (units < kScratchBytes / 3 && codec::hostIsUtf8()) {
+        thread_local char scratch[kScratchBytes];
+        size_t length = codec::utf16ToUtf8(text, units, scratch);
+        scratch[length] = '\0';
+        // A U+0000 unit would end the host's string there, as strlen sees it.
+        if (std::memchr(scratch, '\0', length) != nullptr) length = std::strlen(scratch);
+        use(static_cast<const char*>(scratch), length);
+        return;
+    }
+    HostString host(text, units);
+    use(host.get(), std::strlen(host.get()));
+}
+
 }  // namespace
 
 void* MethodCall::rawArg(size_t slot) const {
@@ -88,26 +112,30 @@ void MethodCall::stringOut(const XMLCh* text, uint32_t limit) {
         return;
     }
     if (text == nullptr) return;
-    HostString host(text, units);
-    std::strcpy(resultChars(), host.get());
+    withHostBytes(text, units, [this](const char* bytes, size_t length) {
+        std::memcpy(resultChars(), bytes, length + 1);
+    });
 }
 
 void MethodCall::countedStringOut(const XMLCh* text, uint32_t limit) {
     if (text == nullptr) return;
-    HostString host(text, unitsOf(text));
-    const char* bytes = host.get();
+    withHostBytes(text, unitsOf(text), [this, limit](const char* bytes, size_t length) {
+        countedCopy(bytes, length, limit);
+    });
+}
+
+// The first byte is always copied; before each further byte a counter that
+// starts at L is decremented, and reaching 0 stops the copy: a text of L
+// bytes or more leaves exactly its first L bytes, unterminated. L = 0 never
+// reaches 0 again (the counter is unsigned and wraps): the whole text comes.
+void MethodCall::countedCopy(const char* bytes, size_t length, uint32_t limit) {
     char* out = resultChars();
-    out[0] = bytes[0];
-    // Before each further byte a counter that starts at L is decremented;
-    // reaching 0 stops the copy, so at most L bytes are written.
-    uint32_t counter = limit;
-    for (size_t i = 1; bytes[i - 1] != '\0'; ++i) {
-        if (--counter == 0) {
-            report_.fixed(kStringTooLong, kStringTooLongCode);
-            return;
-        }
-        out[i] = bytes[i];
+    if (limit != 0 && length >= limit) {
+        std::memcpy(out, bytes, limit);
+        report_.fixed(kStringTooLong, kStringTooLongCode);
+        return;
     }
+    std::memcpy(out, bytes, length + 1);
 }
 
 }  // namespace lumxml

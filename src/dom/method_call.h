@@ -65,6 +65,7 @@ public:
 private:
     char* resultChars();
     void* needResult();
+    void countedCopy(const char* bytes, size_t length, uint32_t limit);
 
     void** args_;
     void* result_;

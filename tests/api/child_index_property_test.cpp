@@ -418,9 +418,9 @@ private:
 
 TEST(ChildIndexes, RandomChangesAndReadsInEveryOrderMatchTheChildList) {
     LibraryStarted started;
-    for (uint32_t seed : {1u, 2u, 3u, 20261123u}) {
+    for (uint32_t seed : {1u, 2u, 20261123u}) {
         std::string failures;
-        RandomHost(seed, &failures).run(600);
+        RandomHost(seed, &failures).run(400);
         EXPECT_EQ(failures, "") << "seed " << seed;
     }
 }
@@ -428,8 +428,8 @@ TEST(ChildIndexes, RandomChangesAndReadsInEveryOrderMatchTheChildList) {
 TEST(ChildIndexes, TwoThreadsWithTwoDocumentsEachReadTheirOwnRight) {
     LibraryStarted started;
     std::string failures[2];
-    std::thread first([&] { RandomHost(11, &failures[0]).run(500); });
-    std::thread second([&] { RandomHost(12, &failures[1]).run(500); });
+    std::thread first([&] { RandomHost(11, &failures[0]).run(300); });
+    std::thread second([&] { RandomHost(12, &failures[1]).run(300); });
     first.join();
     second.join();
     EXPECT_EQ(failures[0], "");
