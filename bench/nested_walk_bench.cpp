@@ -25,6 +25,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "documents.h"
+#include "host_copy.h"
 #include "lumxml.h"
 #include "nested_catalogue.h"
 #include "suite.h"
@@ -353,17 +354,11 @@ DOMDocument* xercesDocument(int64_t bytes) {
     return parser->getDocument();
 }
 
-size_t copyOut(const XMLCh* text, char (&buffer)[64]) {
-    buffer[0] = '\0';
-    if (text != nullptr) XMLString::transcode(text, buffer, sizeof buffer - 1);
-    return std::strlen(buffer);
-}
-
 size_t readXerces(const DOMNode* node) {
     char text[64];
     DOMNode::NodeType type = node->getNodeType();
     return static_cast<size_t>(type) +
-           copyOut(type == DOMNode::ELEMENT_NODE ? node->getNodeName() : node->getNodeValue(), text);
+           bench::hostCopy(type == DOMNode::ELEMENT_NODE ? node->getNodeName() : node->getNodeValue(), text);
 }
 
 // Depth first by first child, next sibling and parent links.
@@ -381,27 +376,14 @@ void siblingWalk(DOMNode* root, Visit&& visit) {
     }
 }
 
-void NestedWalkXercesSiblings(benchmark::State& state) {
+// The sibling walk `times` times over (twice where the lumxml walk reads
+// two documents).
+void siblingWalks(benchmark::State& state, int times) {
     DOMDocument* document = xercesDocument(state.range(0));
     int64_t nodes = 0;
     size_t seen = 0;
     for (auto _ : state) {
-        siblingWalk(document, [&](DOMNode* node) {
-            seen += readXerces(node);
-            ++nodes;
-        });
-    }
-    benchmark::DoNotOptimize(seen);
-    state.SetItemsProcessed(nodes);
-}
-
-// The same walk done twice, as the two-document walk reads two documents.
-void NestedWalkXercesSiblingsTwice(benchmark::State& state) {
-    DOMDocument* document = xercesDocument(state.range(0));
-    int64_t nodes = 0;
-    size_t seen = 0;
-    for (auto _ : state) {
-        for (int twice = 0; twice < 2; ++twice)
+        for (int time = 0; time < times; ++time)
             siblingWalk(document, [&](DOMNode* node) {
                 seen += readXerces(node);
                 ++nodes;
@@ -410,6 +392,9 @@ void NestedWalkXercesSiblingsTwice(benchmark::State& state) {
     benchmark::DoNotOptimize(seen);
     state.SetItemsProcessed(nodes);
 }
+
+void NestedWalkXercesSiblings(benchmark::State& state) { siblingWalks(state, 1); }
+void NestedWalkXercesSiblingsTwice(benchmark::State& state) { siblingWalks(state, 2); }
 
 void NestedCopyXerces(benchmark::State& state) {
     DOMDocument* source = xercesDocument(state.range(0));
@@ -428,7 +413,7 @@ void NestedCopyXerces(benchmark::State& state) {
             ++nodes;
             if (node->getNodeType() == DOMNode::ELEMENT_NODE) {
                 char name[64];
-                copyOut(node->getNodeName(), name);
+                bench::hostCopy(node->getNodeName(), name);
                 XMLCh* wide = XMLString::transcode(name);
                 DOMElement* made = copy->createElement(wide);
                 XMLString::release(&wide);

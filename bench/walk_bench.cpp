@@ -14,6 +14,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "documents.h"
+#include "host_copy.h"
 #include "lumxml.h"
 #include "suite.h"
 
@@ -93,21 +94,13 @@ XercesTree& xercesTree(int64_t children) {
     return tree;
 }
 
-// The 8-bit copy a host needs: XMLString::transcode is UTF-8 on this
-// platform, as the host code page of the suite.
-size_t copyOut(const XMLCh* text, char (&buffer)[64]) {
-    buffer[0] = '\0';
-    if (text != nullptr) XMLString::transcode(text, buffer, sizeof buffer - 1);
-    return std::strlen(buffer);
-}
-
 // What a host reads of one child: its type, and 8-bit copies of its name
 // and value.
 size_t readChild(const DOMNode* child) {
     char name[64];
     char value[64];
-    return static_cast<size_t>(child->getNodeType()) + copyOut(child->getNodeName(), name) +
-           copyOut(child->getNodeValue(), value);
+    return static_cast<size_t>(child->getNodeType()) + bench::hostCopy(child->getNodeName(), name) +
+           bench::hostCopy(child->getNodeValue(), value);
 }
 
 void WalkXercesSiblings(benchmark::State& state) {
@@ -137,6 +130,12 @@ void WalkXercesIndexed(benchmark::State& state) {
 }
 
 }  // namespace
+
+size_t bench::hostCopy(const XMLCh* text, char (&buffer)[64]) {
+    buffer[0] = '\0';
+    if (text != nullptr) XMLString::transcode(text, buffer, sizeof buffer - 1);
+    return std::strlen(buffer);
+}
 
 void bench::registerWalk() {
     auto* lumxml = add("Walk", "lumxml", WalkLumxml);
