@@ -14,6 +14,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <string>
 #include <vector>
@@ -43,6 +44,8 @@ int64_t largeBytes() { return (bench::sizes().megabytes << 20) * 2; }
 
 const std::string& nestedText(int64_t bytes) {
     static std::map<int64_t, std::string> texts;
+    static std::mutex made;
+    std::lock_guard<std::mutex> lock(made);
     std::string& text = texts[bytes];
     if (text.empty()) text = bench::nestedCatalogue(static_cast<size_t>(bytes));
     return text;
@@ -79,6 +82,8 @@ public:
 // The document of `bytes` (`which` of two alike), kept for the whole run.
 HostDocument& cachedDocument(int64_t bytes, int which = 0) {
     static std::map<std::pair<int64_t, int>, std::unique_ptr<HostDocument>> documents;
+    static std::mutex made;  // the threaded walks ask from two threads
+    std::lock_guard<std::mutex> lock(made);
     std::unique_ptr<HostDocument>& document = documents[{bytes, which}];
     if (!document) document = std::make_unique<HostDocument>(nestedText(bytes));
     return *document;
@@ -181,6 +186,21 @@ void walkOnce(benchmark::State& state, Order order) {
 }
 
 void NestedWalkLumxml(benchmark::State& state) { walkOnce(state, Order::Forward); }
+
+// Two threads, each walking its own document.
+void NestedWalkThreadsLumxml(benchmark::State& state) {
+    HostDocument& document = cachedDocument(state.range(0), state.thread_index());
+    Calls calls;
+    int64_t nodes = 0;
+    size_t seen = 0;
+    for (auto _ : state) {
+        GenericWalk walk(document.node(), Order::Forward);
+        while (walk.step(calls, seen)) {
+        }
+        nodes += walk.nodes();
+    }
+    finish(state, calls, nodes, seen);
+}
 void NestedWalkBackwardLumxml(benchmark::State& state) { walkOnce(state, Order::Backward); }
 
 // First child by index 0, then parent (7), position (6) and the parent's
@@ -339,9 +359,11 @@ void NestedCopyLumxml(benchmark::State& state) {
 // ---- Xerces references ------------------------------------------------------------------
 
 // Parsed once per size and kept for the whole run.
-DOMDocument* xercesDocument(int64_t bytes) {
-    static std::map<int64_t, std::unique_ptr<XercesDOMParser>> parsers;
-    std::unique_ptr<XercesDOMParser>& parser = parsers[bytes];
+DOMDocument* xercesDocument(int64_t bytes, int which = 0) {
+    static std::map<std::pair<int64_t, int>, std::unique_ptr<XercesDOMParser>> parsers;
+    static std::mutex made;  // the threaded walks ask from two threads
+    std::lock_guard<std::mutex> lock(made);
+    std::unique_ptr<XercesDOMParser>& parser = parsers[{bytes, which}];
     if (!parser) {
         bench::startLibrary();
         parser = std::make_unique<XercesDOMParser>();
@@ -394,6 +416,21 @@ void siblingWalks(benchmark::State& state, int times) {
 }
 
 void NestedWalkXercesSiblings(benchmark::State& state) { siblingWalks(state, 1); }
+
+// One Xerces document per thread, as the threaded lumxml walk has.
+void NestedWalkThreadsXerces(benchmark::State& state) {
+    DOMDocument* document = xercesDocument(state.range(0), state.thread_index());
+    int64_t nodes = 0;
+    size_t seen = 0;
+    for (auto _ : state) {
+        siblingWalk(document, [&](DOMNode* node) {
+            seen += readXerces(node);
+            ++nodes;
+        });
+    }
+    benchmark::DoNotOptimize(seen);
+    state.SetItemsProcessed(nodes);
+}
 void NestedWalkXercesSiblingsTwice(benchmark::State& state) { siblingWalks(state, 2); }
 
 void NestedCopyXerces(benchmark::State& state) {
@@ -451,6 +488,12 @@ void bench::registerNestedWalk() {
             lumxml->Arg(bytes)->Unit(benchmark::kMillisecond);
             xerces->Arg(bytes)->Unit(benchmark::kMillisecond);
         }
+    }
+    auto* threads = add("NestedWalkThreads", "lumxml", NestedWalkThreadsLumxml);
+    auto* xercesThreads = add("NestedWalkThreads", "xerces-siblings", NestedWalkThreadsXerces);
+    for (int64_t bytes : {smallBytes(), largeBytes()}) {
+        threads->Arg(bytes)->Threads(2)->UseRealTime()->Unit(benchmark::kMillisecond);
+        xercesThreads->Arg(bytes)->Threads(2)->UseRealTime()->Unit(benchmark::kMillisecond);
     }
     auto* lumxml = add("NestedCopy", "lumxml", NestedCopyLumxml);
     auto* xerces = add("NestedCopy", "xerces", NestedCopyXerces);
