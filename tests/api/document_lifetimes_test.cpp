@@ -14,7 +14,9 @@
 #endif
 #endif
 #if defined(LUMTEST_ASAN)
-#include <sanitizer/allocator_interface.h>
+// From the sanitizer runtime (its header is not installed with every
+// compiler).
+extern "C" size_t __sanitizer_get_current_allocated_bytes(void);
 #elif defined(__GLIBC__)
 #include <malloc.h>
 #endif
