@@ -213,26 +213,35 @@ struct WriterRun {
 
 }  // namespace
 
-void writerSession(SessionTrace& trace) {
+void attributeListSession(SessionTrace& trace) {
     SaxAttrList* list = lumSAXNewAttrList(1);
     trace.mixNumber(list != nullptr);
-    if (list != nullptr) {
-        trace.mixText(lumSAXInsertAttribute(&list, "a", "1 < 2 & \"3\"", nullptr, "CDATA"));
-        trace.mixText(lumSAXInsertAttribute(&list, "p:b", "x", "urn:p", "CDATA"));
+    for (int i = 0; i < 12; ++i) {
+        const char* stored = lumSAXInsertAttribute(&list, i % 2 ? "p:b" : "a", "1 < 2 & \"3\"",
+                                                   i % 2 ? "urn:p" : nullptr, "CDATA");
+        trace.mixText(stored);
     }
+    if (list != nullptr && list->count > 1) {
+        trace.mixText(lumSAXSetAttribute(&list->entries[0], "c", "v", "urn:c", "ID"));
+        trace.mixText(lumSAXSetAttributeValue(&list->entries[1], "w"));
+        lumSAXFixAttrMem(&list->entries[1].type, "NMTOKEN");
+        lumSAXClearAttribute(&list->entries[1]);
+    }
+    if (list != nullptr) trace.mixNumber(list->count);
+    lumSAXDeleteAttrList(list);
+}
+
+void writerSession(SaxAttrList* attributes, SessionTrace& trace) {
     WriterRun w(trace);
     w.run(1);
-    if (w.writer == nullptr) {
-        lumSAXDeleteAttrList(list);
-        return;
-    }
+    if (w.writer == nullptr) return;
     w.options.version = "1.0";
     w.options.encoding = "UTF-8";
     w.options.strict = 1;
     w.options.outputKind = 5;
     w.run(21);
     w.run(31, "doc", "-//lumxml//test//EN", "doc.dtd");
-    w.run(23, "doc", nullptr, list);
+    w.run(23, "doc", nullptr, attributes);
     w.run(11, "urn:p", "p");
     w.run(11, "urn:q", "q");
     w.run(10, "c", "<v>", nullptr);
@@ -249,7 +258,6 @@ void writerSession(SessionTrace& trace) {
         trace.mix(w.options.memoryBuffer, *w.options.memoryLength);
     w.run(2);
     std::free(w.options.memoryBuffer);
-    lumSAXDeleteAttrList(list);
 }
 
 }  // namespace lumtest

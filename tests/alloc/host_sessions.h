@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "lumxml.h"
+
 namespace lumtest {
 
 // What a session saw: a digest of every answer and output, and whether a
@@ -46,9 +48,13 @@ void domSession(const SessionFiles& files, SessionTrace& trace);
 // lumSAXParseFirst and lumSAXParseNext to the end over the file, then
 // lumSAXDeleteParserInstance.
 void pullSession(const SessionFiles& files, SessionTrace& trace);
-// A writer made, a document written to memory with an attribute list,
+// A writer made, a document written to memory with `attributes`,
 // namespaces, text, comment, processing instruction, CDATA and DOCTYPE,
 // and the writer freed.
-void writerSession(SessionTrace& trace);
+void writerSession(SaxAttrList* attributes, SessionTrace& trace);
+// An attribute list made, filled past its first growth, its entries set,
+// fixed and cleared, and deleted. These exports report nothing: a refused
+// allocation shows only as an attribute not stored.
+void attributeListSession(SessionTrace& trace);
 
 }  // namespace lumtest
