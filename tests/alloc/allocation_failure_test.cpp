@@ -116,4 +116,43 @@ TEST_F(AllocationFailure, AttributeListExportsLeakNothing) {
     sweep([](SessionTrace& trace) { lumtest::attributeListSession(trace); }, false);
 }
 
+// Out of memory in the middle of a parse with an expansion limit set:
+// Xerces leaves its parser marked as parsing, and its setters then throw;
+// the load still answers and the host keeps a working document.
+TEST_F(AllocationFailure, LoadRunningOutOfMemoryUnderALimitAnswersUnexpectedException) {
+    char buffer[257] = "";
+    int32_t code = 0;
+    void* cell = nullptr;
+    lumInitDocument(&cell, 1, buffer, &code);
+    ASSERT_EQ(code, 0);
+    const int32_t limit = 50000;
+    auto loadRich = [&] {
+        buffer[0] = '\0';
+        code = 0;
+        lumDocLoad(&cell, 0, 1, nullptr, nullptr, lumtest::kRichDocument,
+                   sizeof lumtest::kRichDocument - 1, files->documentFile.c_str(), &limit, 0,
+                   nullptr, buffer, &code);
+    };
+    heap::countFrom();
+    loadRich();
+    const int64_t total = heap::stopFailing();
+    ASSERT_EQ(code, 0) << buffer;
+    void* before = cell;
+    heap::failFrom(total / 2, true);
+    loadRich();
+    heap::stopFailing();
+    EXPECT_EQ(code, 13);
+    EXPECT_STREQ(buffer, "Unexpected exception");
+    EXPECT_EQ(cell, before);
+    void* args[4] = {nullptr, nullptr, nullptr, nullptr};
+    void* root = nullptr;
+    code = 0;
+    lumDocExecute(cell, 4, args, &root, buffer, &code);
+    EXPECT_EQ(code, 0);
+    EXPECT_NE(root, nullptr);
+    loadRich();
+    EXPECT_EQ(code, 0) << buffer;
+    lumDocDelete(cell, buffer, &code);
+}
+
 }  // namespace
