@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <functional>
 
 #include "counting_new.h"
@@ -130,7 +131,7 @@ TEST_F(AllocationFailure, LoadRunningOutOfMemoryUnderALimitAnswersUnexpectedExce
         buffer[0] = '\0';
         code = 0;
         lumDocLoad(&cell, 0, 1, nullptr, nullptr, lumtest::kRichDocument,
-                   sizeof lumtest::kRichDocument - 1, files->documentFile.c_str(), &limit, 0,
+                   std::strlen(lumtest::kRichDocument), files->documentFile.c_str(), &limit, 0,
                    nullptr, buffer, &code);
     };
     heap::countFrom();

@@ -198,20 +198,26 @@ struct WriterRun {
 
     void run(int32_t command, const void* a0 = nullptr, const void* a1 = nullptr,
              const void* a2 = nullptr, const void* a3 = nullptr) {
-        WriterArgs args{const_cast<void*>(a0), const_cast<void*>(a1), const_cast<void*>(a2),
-                        const_cast<void*>(a3)};
-        const int32_t result = lumSAXWriterExecute(writer, command, &options, &args);
+        const int32_t result = writerCommand(writer, options, command, a0, a1, a2, a3);
         // The writer's codes are its message: a host reads them as they are.
         trace.mixNumber(result);
         if (result != 0) {
             if (trace.failures++ == 0) trace.lastCode = command * 1000 + result;
         }
-        if (command == 1 || command == 4) writer = static_cast<SAXWriter*>(args.arg0);
-        if (command == 2) writer = nullptr;
     }
 };
 
 }  // namespace
+
+int32_t writerCommand(SAXWriter*& writer, WriterOptions& options, int32_t command,
+                      const void* a0, const void* a1, const void* a2, const void* a3) {
+    WriterArgs args{const_cast<void*>(a0), const_cast<void*>(a1), const_cast<void*>(a2),
+                    const_cast<void*>(a3)};
+    const int32_t result = lumSAXWriterExecute(writer, command, &options, &args);
+    if (command == 1 || command == 4) writer = static_cast<SAXWriter*>(args.arg0);
+    if (command == 2) writer = nullptr;
+    return result;
+}
 
 void attributeListSession(SessionTrace& trace) {
     SaxAttrList* list = lumSAXNewAttrList(1);

@@ -48,6 +48,12 @@ void domSession(const SessionFiles& files, SessionTrace& trace);
 // lumSAXParseFirst and lumSAXParseNext to the end over the file, then
 // lumSAXDeleteParserInstance.
 void pullSession(const SessionFiles& files, SessionTrace& trace);
+// One writer command as a host runs it: the writer pointer follows
+// commands 1, 2 and 4.
+int32_t writerCommand(SAXWriter*& writer, WriterOptions& options, int32_t command,
+                      const void* a0 = nullptr, const void* a1 = nullptr,
+                      const void* a2 = nullptr, const void* a3 = nullptr);
+
 // A writer made, a document written to memory with `attributes`,
 // namespaces, text, comment, processing instruction, CDATA and DOCTYPE,
 // and the writer freed.

@@ -44,26 +44,25 @@ PathCounts paths;
 
 void note(int32_t code) { (code == 0 ? paths.ok : paths.failed)++; }
 
-int32_t doc(void* document, int32_t method, void* a0 = nullptr, void* a1 = nullptr,
-            void* a2 = nullptr, void* a3 = nullptr, void* result = nullptr) {
+// One call of lumDocExecute or lumNodeExecute with up to four arguments.
+int32_t execute(void (*call)(void*, int32_t, void**, void*, char*, int32_t*), void* target,
+                int32_t method, void* a0, void* a1, void* a2, void* a3, void* result) {
     Slot slot;
     void* args[4] = {a0, a1, a2, a3};
     char scratch[1024];
-    lumDocExecute(document, method, args, result != nullptr ? result : scratch, slot.buffer,
-                  &slot.code);
+    call(target, method, args, result != nullptr ? result : scratch, slot.buffer, &slot.code);
     note(slot.code);
     return slot.code;
 }
 
+int32_t doc(void* document, int32_t method, void* a0 = nullptr, void* a1 = nullptr,
+            void* a2 = nullptr, void* a3 = nullptr, void* result = nullptr) {
+    return execute(lumDocExecute, document, method, a0, a1, a2, a3, result);
+}
+
 int32_t node(void* target, int32_t method, void* a0 = nullptr, void* a1 = nullptr,
              void* a2 = nullptr, void* result = nullptr) {
-    Slot slot;
-    void* args[4] = {a0, a1, a2, nullptr};
-    char scratch[1024];
-    lumNodeExecute(target, method, args, result != nullptr ? result : scratch, slot.buffer,
-                   &slot.code);
-    note(slot.code);
-    return slot.code;
+    return execute(lumNodeExecute, target, method, a0, a1, a2, nullptr, result);
 }
 
 void* newDocument() {
@@ -414,12 +413,8 @@ struct Writer {
     }
     int32_t run(int32_t command, const void* a0 = nullptr, const void* a1 = nullptr,
                 const void* a2 = nullptr, const void* a3 = nullptr) {
-        WriterArgs args{const_cast<void*>(a0), const_cast<void*>(a1), const_cast<void*>(a2),
-                        const_cast<void*>(a3)};
-        const int32_t result = lumSAXWriterExecute(writer, command, &options, &args);
+        const int32_t result = lumtest::writerCommand(writer, options, command, a0, a1, a2, a3);
         note(result);
-        if (command == 1 || command == 4) writer = static_cast<SAXWriter*>(args.arg0);
-        if (command == 2) writer = nullptr;
         return result;
     }
 };
