@@ -34,7 +34,9 @@ const char kDtd[] =
 
 // ---- The trace ------------------------------------------------------------------
 
-void SessionTrace::mix(const void* bytes, size_t length) {
+namespace {
+// FNV-1a, folded into `digest`.
+void fold(uint64_t& digest, const void* bytes, size_t length) {
     const auto* p = static_cast<const unsigned char*>(bytes);
     for (size_t i = 0; i < length; ++i) {
         digest ^= p[i];
@@ -42,19 +44,28 @@ void SessionTrace::mix(const void* bytes, size_t length) {
     }
 }
 
-void SessionTrace::mixText(const char* text) {
+void foldText(uint64_t& digest, const char* text) {
     if (text == nullptr) {
-        mixNumber(-1);
+        const int64_t none = -1;
+        fold(digest, &none, sizeof none);
         return;
     }
-    mix(text, std::strlen(text) + 1);
+    fold(digest, text, std::strlen(text) + 1);
 }
+}  // namespace
+
+void SessionTrace::mix(const void* bytes, size_t length) { fold(digest, bytes, length); }
+
+void SessionTrace::mixText(const char* text) { foldText(digest, text); }
 
 void SessionTrace::mixNumber(int64_t value) { mix(&value, sizeof value); }
 
 void SessionTrace::answer(int32_t code, const char* message) {
-    mixNumber(code);
-    mixText(message);
+    for (uint64_t* d : {&digest, &answers}) {
+        const int64_t wide = code;
+        fold(*d, &wide, sizeof wide);
+        foldText(*d, message);
+    }
     if (code == 0) return;
     ++failures;
     lastCode = code;
@@ -185,6 +196,17 @@ void pullSession(const SessionFiles& files, SessionTrace& trace) {
     lumSAXDeleteParserInstance(&record);
 }
 
+void validationSession(const SessionFiles& files, SessionTrace& trace) {
+    SaxParserInstance record;
+    std::memset(&record, 0, sizeof record);
+    record.fileName = files.documentFile.c_str();
+    record.flags = 2;  // validate
+    record.entityExpansionLimit = 50000;
+    trace.mixNumber(lumSAXParse(&record));
+    trace.answer(record.errorCode, record.errorText);
+    lumSAXDeleteParserInstance(&record);
+}
+
 // ---- The writer session -------------------------------------------------------------------
 
 namespace {
@@ -200,10 +222,7 @@ struct WriterRun {
              const void* a2 = nullptr, const void* a3 = nullptr) {
         const int32_t result = writerCommand(writer, options, command, a0, a1, a2, a3);
         // The writer's codes are its message: a host reads them as they are.
-        trace.mixNumber(result);
-        if (result != 0) {
-            if (trace.failures++ == 0) trace.lastCode = command * 1000 + result;
-        }
+        trace.answer(result, result != 0 ? "writer code" : "");
     }
 };
 

@@ -14,7 +14,8 @@ namespace lumtest {
 // What a session saw: a digest of every answer and output, and whether a
 // call reported a failure code without a message.
 struct SessionTrace {
-    uint64_t digest = 1469598103934665603ull;
+    uint64_t digest = 1469598103934665603ull;   // every answer and output
+    uint64_t answers = 1469598103934665603ull;  // the codes and messages alone
     int failures = 0;          // calls that answered a failure code
     int silentFailures = 0;    // of them, the ones with no message text
     int32_t lastCode = 0;
@@ -48,6 +49,10 @@ void domSession(const SessionFiles& files, SessionTrace& trace);
 // lumSAXParseFirst and lumSAXParseNext to the end over the file, then
 // lumSAXDeleteParserInstance.
 void pullSession(const SessionFiles& files, SessionTrace& trace);
+// lumSAXParse validating the file (the DTD does not declare every element:
+// the first validity error is the answer), then lumSAXDeleteParserInstance.
+void validationSession(const SessionFiles& files, SessionTrace& trace);
+
 // One writer command as a host runs it: the writer pointer follows
 // commands 1, 2 and 4.
 int32_t writerCommand(SAXWriter*& writer, WriterOptions& options, int32_t command,
