@@ -14,7 +14,6 @@ findings=build/fuzz/findings
 rm -rf "$work"
 mkdir -p "$work" "$findings"
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1"
-export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
 status=0
 for target in dom_load sax_pull writer node_methods attr_list; do
   cp -r "fuzz/corpus/$target" "$work/$target"

@@ -34,11 +34,13 @@ void attachUserData(DOMNode* node, DocUserData* record) {
     node->setUserData(key(), record, nullptr);
 }
 
+// The record is on `to` before it leaves `from`, and `from` goes last: a
+// failure on the way leaves `from` whole and holding its record.
 DOMDocument* replaceDocument(DOMDocument* from, DOMDocument* to) {
-    DocUserData* record = detachUserData(asNode(from));
+    attachUserData(asNode(to), userDataOf(asNode(from)));
+    detachUserData(asNode(from));
     noteDocumentReleased(from);
     releaseDocument(from);
-    attachUserData(asNode(to), record);
     return to;
 }
 

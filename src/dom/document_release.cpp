@@ -4,6 +4,7 @@
 
 #include "dom/doc_user_data.h"
 #include "frame/deep_stack.h"
+#include "frame/owned_heap.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -20,6 +21,8 @@ namespace lumxml {
 // without visiting them.
 void releaseDocument(DOMDocument* document) {
     if (document == nullptr) return;
+    // Dropped when this returns, after the document's own blocks.
+    HeapRef heap(OwnedHeap::ofDocument(document));
     DOMDocumentType* type = document->getDoctype();
     if (type != nullptr && type->getParentNode() != asNode(document)) {
         // The document still names a type it no longer holds: Xerces'
@@ -33,6 +36,20 @@ void releaseDocument(DOMDocument* document) {
         type->release();
     }
     delete document;
+}
+
+DOMDocument* adoptDocument(AbstractDOMParser& parser) {
+    DOMDocument* document = parser.adoptDocument();
+    if (OwnedHeap* heap = OwnedHeap::ofDocument(document)) heap->retain();
+    return document;
+}
+
+void DocumentReleaser::operator()(DOMDocument* document) const noexcept {
+    try {
+        releaseDocument(document);
+    } catch (...) {
+        // Only reached on a failure path that already reports its own.
+    }
 }
 
 }  // namespace lumxml

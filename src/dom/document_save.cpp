@@ -12,6 +12,7 @@
 #include "dom/node_writer.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "frame/owned_heap.h"
 #include "out/file_out.h"
 #include "out/memio.h"
 #include "out/stream_out.h"
@@ -112,7 +113,8 @@ private:
 
     void write(DOMNode* start, XMLFormatTarget* target) {
         formatter_.reset(new XMLFormatter(encoding_.formatterName(), target,
-                                          XMLFormatter::NoEscapes, XMLFormatter::UnRep_CharRef));
+                                          XMLFormatter::NoEscapes, XMLFormatter::UnRep_CharRef,
+                                          heap_.get()));
         NodeWriterOptions options;
         options.textCharEscapes = gTextCharEscapes;
         options.attrEscapes = gAttrEscapes;
@@ -125,6 +127,9 @@ private:
     const SaveRequest& request_;
     DomNodeList additions_;
     SaveEncoding encoding_;
+    // The formatter's heap, freed after it: Xerces loses blocks of a
+    // formatter whose construction fails to allocate.
+    HeapRef heap_{OwnedHeap::create()};
     std::unique_ptr<XMLFormatter> formatter_;
 };
 

@@ -10,6 +10,13 @@ namespace lumxml {
 
 int formatError(char* buffer, const char* format, FormatArgs args) {
     if (buffer == nullptr) return -1;
+    if (format != nullptr && std::strchr(format, '%') == nullptr) {
+        // Nothing to convert: copied as it is, without allocating, so that
+        // a failure to allocate can still be reported.
+        const size_t length = std::strlen(format);
+        std::memmove(buffer, format, length + 1);
+        return static_cast<int>(length);
+    }
     std::string text;
     safeFormat(text, format, args);
     std::memcpy(buffer, text.c_str(), text.size() + 1);

@@ -113,10 +113,12 @@ InputSource* LumSAXEntityResolver::resolveEntity(const XMLCh* const publicId,
 InputSource* LumSAXEntityResolver::askHost(const XMLCh* publicId, const XMLCh* systemId) {
     SaxEvent* event = sax::pushEventAtHead(*instance_);
     if (event == nullptr) return nullptr;
+    // Finished first, as every handler's event: one left half-built by a
+    // failed allocation is then released by its kind.
+    sax::finishEvent(*event, sax::kResolveEntity, 4);
     event->arg1 = sax::hostCopy(publicId);
     event->arg2 = sax::hostCopy(systemId);
     sax::locateEvent(*instance_, *event, memo_);
-    sax::finishEvent(*event, sax::kResolveEntity, 4);
 
     int32_t result = 0;
     ResolveEntityFn callback = instance_->resolveEntityCallback;

@@ -87,7 +87,9 @@ void clearEvent(SaxEvent* event);
 // Clears the event and frees its block (to the pool's spares, if given).
 void freeEvent(SaxEvent* event, EventPool* pool = nullptr);
 
-// Sets kind, name and argument count: the last step of every handler.
+// Sets kind, name and argument count: the first step of every handler
+// once its event is queued, so that an event left half-built by a failed
+// allocation is released by its kind like any other.
 void finishEvent(SaxEvent& event, EventKind kind, uint32_t argCount);
 
 // The UTF-16 text each stored id was last checked against, shared by the

@@ -64,11 +64,11 @@ void LumContentHandler::ignorableWhitespace(const XMLCh* const chars, const XMLS
 void LumContentHandler::queueText(const XMLCh* chars, XMLSize_t length, uint32_t kind) {
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, static_cast<EventKind>(kind), 2);
     event->arg1 = hostCopy(chars, length);
     // The length is the parser's count of UTF-16 units, cut to 32 bits.
     event->arg2 = reinterpret_cast<void*>(static_cast<uintptr_t>(static_cast<uint32_t>(length)));
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, static_cast<EventKind>(kind), 2);
 }
 
 void LumContentHandler::endDocument() {
@@ -117,19 +117,19 @@ void LumContentHandler::startElement(const XMLCh* const uri, const XMLCh* const 
     instance_->state = kRunning;
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, kStartElement, 4);
     fillElementName(*event, uri, localname, qname);
     fillAttributes(*event, attrs);
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, kStartElement, 4);
 }
 
 void LumContentHandler::endElement(const XMLCh* const uri, const XMLCh* const localname,
                                    const XMLCh* const qname) {
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, kEndElement, 3);
     fillElementName(*event, uri, localname, qname);
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, kEndElement, 3);
 }
 
 void LumContentHandler::processingInstruction(const XMLCh* const target,
@@ -137,10 +137,10 @@ void LumContentHandler::processingInstruction(const XMLCh* const target,
     if (inFirstPass(instance_)) return;
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, kProcessingInstruction, 2);
     event->arg1 = hostCopy(target);
     event->arg2 = hostCopy(data);
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, kProcessingInstruction, 2);
 }
 
 void LumContentHandler::setDocumentLocator(const Locator* const locator) {
@@ -163,18 +163,18 @@ void LumContentHandler::startDocument() {
 void LumContentHandler::startPrefixMapping(const XMLCh* const prefix, const XMLCh* const uri) {
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, kStartPrefixMapping, 2);
     event->arg1 = hostCopyUnlessEmptyMarker(prefix);
     event->arg2 = hostCopy(uri);
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, kStartPrefixMapping, 2);
 }
 
 void LumContentHandler::endPrefixMapping(const XMLCh* const prefix) {
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
+    finishEvent(*event, kEndPrefixMapping, 1);
     event->arg1 = hostCopy(prefix);
     locateEvent(*instance_, *event, &memo_);
-    finishEvent(*event, kEndPrefixMapping, 1);
 }
 
 void LumContentHandler::skippedEntity(const XMLCh* const) {
@@ -196,11 +196,11 @@ void LumSAXDTDHandler::notationDecl(const XMLCh* const name, const XMLCh* const 
     if (inFirstPass(instance_)) return;
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
+    finishEvent(*event, kNotationDecl, 3);
     event->arg1 = hostCopy(name);
     event->arg2 = hostCopy(publicId);
     event->arg3 = hostCopy(systemId);
     locateEvent(*instance_, *event, memo_);
-    finishEvent(*event, kNotationDecl, 3);
 }
 
 void LumSAXDTDHandler::unparsedEntityDecl(const XMLCh* const name, const XMLCh* const publicId,
@@ -209,12 +209,12 @@ void LumSAXDTDHandler::unparsedEntityDecl(const XMLCh* const name, const XMLCh* 
     if (inFirstPass(instance_)) return;
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
+    finishEvent(*event, kUnparsedEntityDecl, 4);
     event->arg1 = hostCopy(name);
     event->arg2 = hostCopy(publicId);
     event->arg3 = hostCopy(systemId);
     event->arg4 = hostCopy(notationName);
     locateEvent(*instance_, *event, memo_);
-    finishEvent(*event, kUnparsedEntityDecl, 4);
 }
 
 // ---- LumSAXErrorHandler ---------------------------------------------------
@@ -222,9 +222,9 @@ void LumSAXDTDHandler::unparsedEntityDecl(const XMLCh* const name, const XMLCh* 
 void LumSAXErrorHandler::queueError(const SAXParseException& exc, uint32_t kind) {
     SaxEvent* event = enqueueEvent(*instance_);
     if (event == nullptr) return;
+    finishEvent(*event, static_cast<EventKind>(kind), 1);
     event->arg1 = hostCopy(exc.getMessage());
     locateEvent(*instance_, *event, memo_);
-    finishEvent(*event, static_cast<EventKind>(kind), 1);
 }
 
 void LumSAXErrorHandler::warning(const SAXParseException& exc) { queueError(exc, kWarning); }

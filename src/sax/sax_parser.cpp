@@ -19,6 +19,7 @@
 #include "frame/error_report.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "frame/owned_heap.h"
 #include "sax/sax_entity_resolver.h"
 #include "sax/sax_events.h"
 #include "sax/sax_handlers.h"
@@ -110,8 +111,21 @@ bool hasText(const char* text) { return text != nullptr && text[0] != '\0'; }
 
 // ---- Reader set-up ----------------------------------------------------------
 
+// A reader on a heap of lumxml's own, which it holds in a base made before
+// the reader and destroyed after it: what Xerces leaves in the heap goes
+// with the reader.
+struct HeapHolder {
+    HeapRef heap{OwnedHeap::create()};
+};
+
+class OwnedHeapReader final : private HeapHolder, public SAX2XMLReaderImpl {
+public:
+    OwnedHeapReader() : SAX2XMLReaderImpl(heap.get()) {}
+    OwnedHeap* ownHeap() const { return heap.get(); }
+};
+
 SAX2XMLReaderImpl* newReader() {
-    auto reader = std::make_unique<SAX2XMLReaderImpl>(XMLPlatformUtils::fgMemoryManager);
+    std::unique_ptr<SAX2XMLReaderImpl> reader(new OwnedHeapReader());
     // Fatal errors become events and the host drives the parse to its end.
     reader->setExitOnFirstFatalError(false);
     return reader.release();
@@ -198,7 +212,10 @@ bool parseFirstOn(SaxParserInstance& instance) {
     if (isMemoryInput(instance.inputKind)) {
         const auto* bytes = static_cast<const XMLByte*>(instance.memoryBuffer);
         const XMLSize_t length = bytes != nullptr ? instance.memoryLength : 0;
-        auto* source = new MemBufInputSource(bytes, length, kMemoryBufferId, false);
+        // On the reader's heap: what Xerces loses of it on a failure goes
+        // with the reader.
+        auto* source = new MemBufInputSource(bytes, length, kMemoryBufferId, false,
+                                             static_cast<OwnedHeapReader&>(reader).ownHeap());
         instance.inputSource = source;
         return reader.parseFirst(*source, token);
     }
@@ -301,9 +318,9 @@ int32_t restartParse(SaxParserInstance& instance) {
         resolver->readSearchPath(instance.searchPath);
     }
     applyOptions(*fresh, instance);
+    deleteInputSource(instance);  // made on the old reader's heap
     deleteReader(instance);
     instance.reader = fresh.release();
-    deleteInputSource(instance);
 
     const StartOutcome outcome = openAndStart(instance);
     if (instance.state == kStateRestarting) instance.state = kStateRunning;
@@ -417,7 +434,8 @@ void copyReporterText(SaxParserInstance& instance, const DOMTreeErrorReporter& r
 
 int32_t validate(SaxParserInstance& instance) {
     std::unique_ptr<LumSAXEntityResolver> resolver;
-    SAXParser parser(nullptr, XMLPlatformUtils::fgMemoryManager);
+    HeapRef heap(OwnedHeap::create());  // outlives the parser
+    SAXParser parser(nullptr, heap.get());
     if ((instance.flags & kFlagValidate) != 0) {
         parser.setValidationScheme(SAXParser::Val_Always);
         if (hasText(instance.searchPath)) {
@@ -465,12 +483,12 @@ int32_t validate(SaxParserInstance& instance) {
 
 void resetParserInstance(SaxParserInstance& instance) {
     try {
-        if (SAX2XMLReaderImpl* reader = readerOf(instance)) {
-            deleteHandlers(*reader);
-            deleteToken(instance);
-            deleteReader(instance);
-            deleteInputSource(instance);
-        }
+        // The token and the source go even when a failed set-up made no
+        // reader; the source before the reader, on whose heap it lies.
+        if (SAX2XMLReaderImpl* reader = readerOf(instance)) deleteHandlers(*reader);
+        deleteToken(instance);
+        deleteInputSource(instance);
+        deleteReader(instance);
         freeQueue(instance);
         instance.state = kStateFirstPass;
         instance.eventHead = nullptr;

@@ -219,7 +219,9 @@ int32_t executeWriterCommand(SAXWriter* writer, int32_t command, WriterOptions* 
     if (writer == nullptr) {
         if (command != 1 || args == nullptr) return kWriterRefused;
         args->arg0 = createWriter();
-        return kWriterOk;
+        // No memory for the writer: the host's null writer comes with the
+        // code of an unexpected failure.
+        return args->arg0 != nullptr ? kWriterOk : static_cast<int32_t>(kErrUnexpected);
     }
     switch (command) {
         case 3:
@@ -231,7 +233,7 @@ int32_t executeWriterCommand(SAXWriter* writer, int32_t command, WriterOptions* 
             if (args == nullptr) return kWriterRefused;
             delete writer;
             args->arg0 = createWriter();
-            return kWriterOk;
+            return args->arg0 != nullptr ? kWriterOk : static_cast<int32_t>(kErrUnexpected);
         default:
             break;
     }

@@ -34,10 +34,11 @@ bool beginsWithXmlInAnyCase(const char* name) {
     return lower(name[0]) == 'x' && lower(name[1]) == 'm' && lower(name[2]) == 'l';
 }
 
-XMLFormatter* makeFormatter(const char* encoding, XMLFormatTarget* target) {
+XMLFormatter* makeFormatter(SAXWriter& w, const char* encoding) {
     XmlString name(encoding);
-    return new XMLFormatter(name.get(), target, XMLFormatter::NoEscapes,
-                            XMLFormatter::UnRep_CharRef);
+    if (w.formatterHeap.get() == nullptr) w.formatterHeap = HeapRef(OwnedHeap::create());
+    return new XMLFormatter(name.get(), w.target, XMLFormatter::NoEscapes,
+                            XMLFormatter::UnRep_CharRef, w.formatterHeap.get());
 }
 
 void writeDeclaration(SAXWriter& w, const WriterOptions& options) {
@@ -299,7 +300,7 @@ void openOutput(SAXWriter& w, WriterOptions* options) {
     w.publishedMessage = w.message.text();
     try {
         if (!createTarget(w, *options, encoding)) return;
-        w.formatter = makeFormatter(encoding, w.target);
+        w.formatter = makeFormatter(w, encoding);
         chooseDirectUtf8(w, encoding);
         if (!w.fragment) writeDeclaration(w, *options);
     } catch (const XMLException&) {
@@ -336,7 +337,7 @@ void restartMemoryOutput(SAXWriter& w, WriterOptions* options) {
     bool writeBom = options == nullptr || options->outputKind != 5;
     w.memory = new XMLMemOut(encoding, writeBom);
     w.target = w.memory;
-    w.formatter = makeFormatter(encoding, w.target);
+    w.formatter = makeFormatter(w, encoding);
     chooseDirectUtf8(w, encoding);
     // The earlier block stays the host's; its text becomes the first
     // content of the new one.

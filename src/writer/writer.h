@@ -15,6 +15,7 @@
 #include <xercesc/framework/XMLFormatter.hpp>
 
 #include "frame/host_codec.h"
+#include "frame/owned_heap.h"
 #include "lumxml.h"
 #include "writer/markup.h"
 #include "writer/name_cache.h"
@@ -181,6 +182,10 @@ struct SAXWriter {
     // Answers of the strict QName check for names seen lately (UTF-8
     // host only).
     lumxml::NameCache checkedQNames;
+    // The heap of the writer's formatters, made with the first: Xerces
+    // loses blocks of a formatter whose construction fails to allocate,
+    // and they go with the writer.
+    lumxml::HeapRef formatterHeap;
 
     ~SAXWriter();
 };
