@@ -1,5 +1,6 @@
 #include "host_library.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #if defined(_WIN32)
@@ -69,7 +70,17 @@ bool HostLibrary::open(const std::string& path) {
 std::string defaultLibraryPath() {
     const char* fromEnvironment = std::getenv("LUMXML_LIBRARY");
     if (fromEnvironment != nullptr && *fromEnvironment != '\0') return fromEnvironment;
+#if defined(LUMXML_INSTALLED_LIBRARY)
+    // An installed host has no build tree: the loader finds the library by
+    // its SONAME, beside the program first (the program's run path).
+    if (std::FILE* built = std::fopen(LUMXML_DEFAULT_LIBRARY, "rb")) {
+        std::fclose(built);
+        return LUMXML_DEFAULT_LIBRARY;
+    }
+    return LUMXML_INSTALLED_LIBRARY;
+#else
     return LUMXML_DEFAULT_LIBRARY;
+#endif
 }
 
 }  // namespace host
