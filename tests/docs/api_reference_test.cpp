@@ -1,0 +1,129 @@
+// Keeps docs/api.md and include/lumxml.h in step: every named constant of
+// the header is listed in the reference with its number, every constant the
+// reference lists is in the header with the same number, every export is
+// described, and the version macros agree with each other and the build.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "lumxml.h"
+
+namespace {
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+const std::string& header() {
+    static const std::string text = readFile(LUMXML_SOURCE_DIR "/include/lumxml.h");
+    return text;
+}
+const std::string& reference() {
+    static const std::string text = readFile(LUMXML_SOURCE_DIR "/docs/api.md");
+    return text;
+}
+
+// "    LUM_NAME = 12," inside the header's enums.
+std::map<std::string, long> headerConstants() {
+    std::map<std::string, long> found;
+    static const std::regex line(R"(\n\s*(LUM_[A-Z0-9_]+)\s*=\s*(-?[0-9]+)\s*[,\n/])");
+    for (std::sregex_iterator i(header().begin(), header().end(), line), end; i != end; ++i)
+        found.emplace((*i)[1], std::stol((*i)[2]));
+    return found;
+}
+
+// Table rows "| 12 | `LUM_NAME` | ..." of the reference: name and number.
+std::multimap<std::string, long> referenceRows() {
+    std::multimap<std::string, long> rows;
+    static const std::regex row(R"(\n\| (-?[0-9]+) \| `(LUM_[A-Z0-9_]+)` \|)");
+    for (std::sregex_iterator i(reference().begin(), reference().end(), row), end; i != end; ++i)
+        rows.emplace((*i)[2], std::stol((*i)[1]));
+    return rows;
+}
+
+// Every `LUM...` name the reference writes in code spans or examples.
+std::set<std::string> referenceNames() {
+    std::set<std::string> names;
+    static const std::regex name(R"(\bLUM(?:XML)?_[A-Z0-9_]*[A-Z0-9]\b)");
+    for (std::sregex_iterator i(reference().begin(), reference().end(), name), end; i != end; ++i)
+        names.insert((*i)[0]);
+    return names;
+}
+
+bool headerDefines(const std::string& name) {
+    return std::regex_search(header(), std::regex("(#define " + name + R"(\b)|(\n\s*)" + name +
+                                                  R"(\s*=))"));
+}
+
+}  // namespace
+
+TEST(ApiReference, HeaderConstantsAreFoundAtAll) {
+    // Guards the parsing below: a change of the header's layout that hides
+    // constants from it fails here rather than passing vacuously.
+    const auto constants = headerConstants();
+    EXPECT_GT(constants.size(), 180u);
+    EXPECT_EQ(constants.at("LUM_NODE_CHILD_AT"), LUM_NODE_CHILD_AT);
+    EXPECT_EQ(constants.at("LUM_ERR_NOT_SUPPORTED"), LUM_ERR_NOT_SUPPORTED);
+    EXPECT_EQ(constants.at("LUM_WRITER_ERR_UNEXPECTED"), LUM_WRITER_ERR_UNEXPECTED);
+    EXPECT_EQ(constants.at("LUM_SAX_EVENT_FATAL_ERROR"), LUM_SAX_EVENT_FATAL_ERROR);
+    EXPECT_EQ(constants.at("LUM_MEMIO_LINE_TRIM"), LUM_MEMIO_LINE_TRIM);
+    EXPECT_EQ(constants.at("LUM_NODE_NONE"), LUM_NODE_NONE);
+}
+
+TEST(ApiReference, EveryHeaderConstantIsListedWithItsNumber) {
+    const auto rows = referenceRows();
+    for (const auto& [name, value] : headerConstants()) {
+        auto [first, last] = rows.equal_range(name);
+        EXPECT_NE(first, last) << name << " (" << value << ") is not listed in docs/api.md";
+        for (auto row = first; row != last; ++row)
+            EXPECT_EQ(row->second, value) << "docs/api.md lists " << name << " as " << row->second;
+    }
+}
+
+TEST(ApiReference, EveryListedConstantIsInTheHeaderWithTheSameNumber) {
+    const auto constants = headerConstants();
+    for (const auto& [name, value] : referenceRows()) {
+        auto found = constants.find(name);
+        ASSERT_NE(found, constants.end()) << "docs/api.md lists " << name
+                                          << ", which lumxml.h does not define";
+        EXPECT_EQ(found->second, value) << name;
+    }
+}
+
+TEST(ApiReference, EveryNameItMentionsExists) {
+    for (const std::string& name : referenceNames())
+        EXPECT_TRUE(headerDefines(name)) << "docs/api.md mentions " << name
+                                         << ", which lumxml.h does not define";
+}
+
+TEST(ApiReference, EveryExportIsDescribed) {
+    static const std::regex exported(R"(LUM_API [^;(]*\b(lum[A-Za-z]+)\()");
+    int exports = 0;
+    for (std::sregex_iterator i(header().begin(), header().end(), exported), end; i != end; ++i) {
+        ++exports;
+        const std::string name = (*i)[1];
+        EXPECT_NE(reference().find(name + "("), std::string::npos)
+            << name << " has no prototype in docs/api.md";
+    }
+    EXPECT_EQ(exports, 26);
+}
+
+TEST(ApiReference, VersionMacrosAgree) {
+    const std::string joined = std::to_string(LUMXML_VERSION_MAJOR) + "." +
+                               std::to_string(LUMXML_VERSION_MINOR) + "." +
+                               std::to_string(LUMXML_VERSION_PATCH);
+    EXPECT_EQ(joined, LUMXML_VERSION_STRING);
+    EXPECT_EQ(joined, LUMXML_PROJECT_VERSION);
+    EXPECT_EQ(LUMXML_VERSION,
+              LUMXML_VERSION_MAJOR * 10000 + LUMXML_VERSION_MINOR * 100 + LUMXML_VERSION_PATCH);
+    EXPECT_NE(reference().find("`\"" + joined + "\"`"), std::string::npos)
+        << "docs/api.md does not show the version string " << joined;
+}
