@@ -9,7 +9,8 @@
 #      into a scratch root and build one example against that root;
 #      lintian runs on it when it is installed (its findings are shown,
 #      not judged).
-# Environment: LUMXML_PACKAGE_BUILD (work folder, default build/package).
+# Environment: LUMXML_PACKAGE_BUILD (work folder, default build/package),
+# LUMXML_PACKAGE_REUSE=1 keeps the release build of an earlier run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ROOT=$PWD
@@ -24,7 +25,12 @@ fail() {
   exit 1
 }
 
-rm -rf "$WORK"
+if [[ "${LUMXML_PACKAGE_REUSE:-0}" == 1 ]]; then
+  find "$WORK" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + 2>/dev/null || true
+  rm -f "$BUILD"/lumxml_*.deb
+else
+  rm -rf "$WORK"
+fi
 mkdir -p "$WORK"
 
 # ---- 1. build and install ---------------------------------------------------
@@ -72,12 +78,19 @@ header_check c c99 cc c
 header_check c++ c++17 c++ cpp
 log "lumxml.h compiles alone as C99 and C++17"
 
-# The demo host, run from the prefix, finds the library beside it.
-(cd "$WORK" && "$STAGE/bin/lumxml-host" info) >"$WORK/host-info.txt" ||
-  fail "the installed lumxml-host: $(cat "$WORK/host-info.txt")"
-grep -q "26 of 26" "$WORK/host-info.txt" || grep -q "error code 0" "$WORK/host-info.txt" ||
-  fail "the installed lumxml-host: $(cat "$WORK/host-info.txt")"
-log "the installed lumxml-host loads liblumxml.so.$major"
+# The demo host, run from the prefix, loads the library of the prefix.
+host_check() {
+  local host=$1 library=$2 out=$WORK/host-info.txt
+  (cd "$WORK" && env -u LUMXML_LIBRARY "$host" info) >"$out" 2>&1 ||
+    fail "$host info: $(cat "$out")"
+  local loaded
+  loaded=$(sed -n 's/^library: //p' "$out")
+  [[ -n "$loaded" && "$(realpath "$loaded")" == "$(realpath "$library")" ]] &&
+    grep -q "26 of 26" "$out" && grep -q "error code 0" "$out" ||
+    fail "$host info: $(cat "$out")"
+}
+host_check "$STAGE/bin/lumxml-host" "$STAGE/lib/liblumxml.so.$major"
+log "the installed lumxml-host loads $STAGE/lib/liblumxml.so.$major"
 
 # ---- 3. the examples, out of tree, both ways --------------------------------
 
@@ -116,7 +129,7 @@ log "$(basename "$deb"): Depends: $depends"
 
 # dpkg installs it into a scratch root whose package database is a copy of
 # this machine's, so the dependencies are checked against Debian 12's
-# installed packages and nothing of the machine itself is touched.
+# installed packages; the package's ldconfig call is all it runs on the machine.
 SCRATCH=$WORK/root
 mkdir -p "$SCRATCH/var/lib/dpkg/info" "$SCRATCH/var/lib/dpkg/updates" \
   "$SCRATCH/var/lib/dpkg/triggers"
@@ -128,6 +141,7 @@ if dpkg --root="$SCRATCH" --force-script-chrootless --force-not-root --no-trigge
     fail "dpkg does not list lumxml as installed"
   [[ -e "$SCRATCH/usr/lib/liblumxml.so.$version" ]] || fail "dpkg installed no library"
   log "dpkg -i into $SCRATCH: installed"
+  host_check "$SCRATCH/usr/bin/lumxml-host" "$SCRATCH/usr/lib/liblumxml.so.$major"
   # One example against the package's files, through its CMake package.
   cmake -S "$ROOT/examples" -B "$WORK/examples-deb" -DCMAKE_PREFIX_PATH="$SCRATCH/usr" \
     >"$WORK/examples-deb.log"
@@ -139,10 +153,18 @@ else
   fail "dpkg -i into a scratch root"
 fi
 
-if command -v lintian >/dev/null; then
+# lintian from Debian's archive when it is not there yet (LUMXML_PACKAGE_LINTIAN=0
+# leaves it out).
+if [[ "${LUMXML_PACKAGE_LINTIAN:-1}" != 0 ]] && ! command -v lintian >/dev/null &&
+   [[ "$(apt-cache policy lintian 2>/dev/null)" == *"Candidate: "[0-9]* ]]; then
+  log "installing lintian"
+  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq lintian >"$WORK/lintian-install.log" 2>&1 ||
+    log "lintian could not be installed (see $WORK/lintian-install.log)"
+fi
+if [[ "${LUMXML_PACKAGE_LINTIAN:-1}" != 0 ]] && command -v lintian >/dev/null; then
   log "lintian (findings are shown, not judged)"
   lintian --no-tag-display-limit "$deb" || true
 else
-  log "lintian is not installed; skipped"
+  log "lintian is not at hand; skipped"
 fi
 log "done"

@@ -16,7 +16,7 @@ void printUsage(std::FILE* out) {
                  "usage: lumxml-host [--library PATH] COMMAND [ARGUMENTS]\n"
                  "       lumxml-host --help\n\n"
                  "The library is PATH, else $LUMXML_LIBRARY, else the one built beside\n"
-                 "this program (an installed host: liblumxml.so.1 from its lib folder).\n\n"
+                 "this program (installed: liblumxml.so.1 from the prefix's lib folder).\n\n"
                  "commands:\n");
     for (const Command& command : commands())
         std::fprintf(out, "  %s\n      %s\n", command.synopsis, command.description);
