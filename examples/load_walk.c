@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
     if (root != NULL) {
         int64_t handle = 0;
         node(root, LUM_NODE_OWNER_HANDLE, NULL, &handle);
-        printf("root of the document of host handle %lld\n", (long long)handle);
+        printf("root of the document of host handle %d\n", (int)handle);
     }
     walkDocument(document);
 

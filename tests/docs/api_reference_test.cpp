@@ -31,30 +31,34 @@ const std::string& reference() {
     return text;
 }
 
+// Calls `use` with every match of `pattern` in `text`.
+template <class Use>
+void forEachMatch(const std::string& text, const char* pattern, Use use) {
+    const std::regex expression(pattern);
+    for (std::sregex_iterator i(text.begin(), text.end(), expression), end; i != end; ++i) use(*i);
+}
+
 // "    LUM_NAME = 12," inside the header's enums.
 std::map<std::string, long> headerConstants() {
     std::map<std::string, long> found;
-    static const std::regex line(R"(\n\s*(LUM_[A-Z0-9_]+)\s*=\s*(-?[0-9]+)\s*[,\n/])");
-    for (std::sregex_iterator i(header().begin(), header().end(), line), end; i != end; ++i)
-        found.emplace((*i)[1], std::stol((*i)[2]));
+    forEachMatch(header(), R"(\n\s*(LUM_[A-Z0-9_]+)\s*=\s*(-?[0-9]+)\s*[,\n/])",
+                 [&](const std::smatch& m) { found.emplace(m[1], std::stol(m[2])); });
     return found;
 }
 
 // Table rows "| 12 | `LUM_NAME` | ..." of the reference: name and number.
 std::multimap<std::string, long> referenceRows() {
     std::multimap<std::string, long> rows;
-    static const std::regex row(R"(\n\| (-?[0-9]+) \| `(LUM_[A-Z0-9_]+)` \|)");
-    for (std::sregex_iterator i(reference().begin(), reference().end(), row), end; i != end; ++i)
-        rows.emplace((*i)[2], std::stol((*i)[1]));
+    forEachMatch(reference(), R"(\n\| (-?[0-9]+) \| `(LUM_[A-Z0-9_]+)` \|)",
+                 [&](const std::smatch& m) { rows.emplace(m[2], std::stol(m[1])); });
     return rows;
 }
 
 // Every `LUM...` name the reference writes in code spans or examples.
 std::set<std::string> referenceNames() {
     std::set<std::string> names;
-    static const std::regex name(R"(\bLUM(?:XML)?_[A-Z0-9_]*[A-Z0-9]\b)");
-    for (std::sregex_iterator i(reference().begin(), reference().end(), name), end; i != end; ++i)
-        names.insert((*i)[0]);
+    forEachMatch(reference(), R"(\bLUM(?:XML)?_[A-Z0-9_]*[A-Z0-9]\b)",
+                 [&](const std::smatch& m) { names.insert(m[0]); });
     return names;
 }
 
@@ -105,14 +109,12 @@ TEST(ApiReference, EveryNameItMentionsExists) {
 }
 
 TEST(ApiReference, EveryExportIsDescribed) {
-    static const std::regex exported(R"(LUM_API [^;(]*\b(lum[A-Za-z]+)\()");
     int exports = 0;
-    for (std::sregex_iterator i(header().begin(), header().end(), exported), end; i != end; ++i) {
+    forEachMatch(header(), R"(LUM_API [^;(]*\b(lum[A-Za-z]+)\()", [&](const std::smatch& m) {
         ++exports;
-        const std::string name = (*i)[1];
-        EXPECT_NE(reference().find(name + "("), std::string::npos)
-            << name << " has no prototype in docs/api.md";
-    }
+        EXPECT_NE(reference().find(m[1].str() + "("), std::string::npos)
+            << m[1] << " has no prototype in docs/api.md";
+    });
     EXPECT_EQ(exports, 26);
 }
 
