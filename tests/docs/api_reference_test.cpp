@@ -38,10 +38,10 @@ void forEachMatch(const std::string& text, const char* pattern, Use use) {
     for (std::sregex_iterator i(text.begin(), text.end(), expression), end; i != end; ++i) use(*i);
 }
 
-// "    LUM_NAME = 12," inside the header's enums.
+// "#define LUM_NAME 12" and "#define LUM_NAME (-1)" in the header.
 std::map<std::string, long> headerConstants() {
     std::map<std::string, long> found;
-    forEachMatch(header(), R"(\n\s*(LUM_[A-Z0-9_]+)\s*=\s*(-?[0-9]+)\s*[,\n/])",
+    forEachMatch(header(), R"(\n#define (LUM_[A-Z0-9_]+) +\(?(-?[0-9]+)\)?(?=[ \n]))",
                  [&](const std::smatch& m) { found.emplace(m[1], std::stol(m[2])); });
     return found;
 }
@@ -63,8 +63,7 @@ std::set<std::string> referenceNames() {
 }
 
 bool headerDefines(const std::string& name) {
-    return std::regex_search(header(), std::regex("(#define " + name + R"(\b)|(\n\s*)" + name +
-                                                  R"(\s*=))"));
+    return std::regex_search(header(), std::regex("#\\s*define " + name + R"(\b)"));
 }
 
 }  // namespace
