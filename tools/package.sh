@@ -163,7 +163,7 @@ if [[ "${LUMXML_PACKAGE_LINTIAN:-1}" != 0 ]] && ! command -v lintian >/dev/null 
 fi
 if [[ "${LUMXML_PACKAGE_LINTIAN:-1}" != 0 ]] && command -v lintian >/dev/null; then
   log "lintian (findings are shown, not judged)"
-  lintian --no-tag-display-limit "$deb" || true
+  lintian --tag-display-limit 0 "$deb" || true
 else
   log "lintian is not at hand; skipped"
 fi
