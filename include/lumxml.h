@@ -10,9 +10,24 @@
  *  - errorCode:   host int32_t, written only on failure; the host clears it.
  *  - 8-bit strings are in the code page chosen by lumInitParser.
  *  - Document and node addresses are opaque; keep them in 64-bit cells.
+ *
+ * Every number that crosses the interface (method and command numbers,
+ * event kinds, flag bits, result and error codes) has a named constant
+ * below, a plain integer macro (usable in switch cases and #if, in C and
+ * C++ alike); docs/api.md describes each of them.
  */
 #ifndef LUMXML_H
 #define LUMXML_H
+
+/* The library's version. The build reads it from here: these three lines
+   are the one place where it is set. */
+#define LUMXML_VERSION_MAJOR 1
+#define LUMXML_VERSION_MINOR 0
+#define LUMXML_VERSION_PATCH 0
+#define LUMXML_VERSION_STRING "1.0.0"
+/* One number that grows with every release: major * 10000 + minor * 100 + patch. */
+#define LUMXML_VERSION \
+    (LUMXML_VERSION_MAJOR * 10000 + LUMXML_VERSION_MINOR * 100 + LUMXML_VERSION_PATCH)
 
 #include <stddef.h>
 #include <stdint.h>
@@ -55,20 +70,251 @@ typedef int32_t (*ResolveEntityFn)(void);
 
 /* ---- Node type codes ------------------------------------------------- */
 
-enum {
-    LUM_NODE_ELEMENT = 1,
-    LUM_NODE_ATTRIBUTE = 2,
-    LUM_NODE_TEXT = 3,
-    LUM_NODE_CDATA_SECTION = 4,
-    LUM_NODE_ENTITY_REFERENCE = 5,
-    LUM_NODE_ENTITY = 6,
-    LUM_NODE_PROCESSING_INSTRUCTION = 7,
-    LUM_NODE_COMMENT = 8,
-    LUM_NODE_DOCUMENT = 9,
-    LUM_NODE_DOCUMENT_TYPE = 10,
-    LUM_NODE_DOCUMENT_FRAGMENT = 11,
-    LUM_NODE_NOTATION = 12
-};
+#define LUM_NODE_ELEMENT                       1
+#define LUM_NODE_ATTRIBUTE                     2
+#define LUM_NODE_TEXT                          3
+#define LUM_NODE_CDATA_SECTION                 4
+#define LUM_NODE_ENTITY_REFERENCE              5
+#define LUM_NODE_ENTITY                        6
+#define LUM_NODE_PROCESSING_INSTRUCTION        7
+#define LUM_NODE_COMMENT                       8
+#define LUM_NODE_DOCUMENT                      9
+#define LUM_NODE_DOCUMENT_TYPE                 10
+#define LUM_NODE_DOCUMENT_FRAGMENT             11
+#define LUM_NODE_NOTATION                      12
+/* lumTypeToInt's answer for an unknown name; as the type of
+   LUM_DOC_CREATE_NODE and LUM_DOC_CREATE_NODE_NS: make nothing. */
+#define LUM_NODE_NONE                          (-1)
+
+/* ---- Buffer sizes the host provides ------------------------------------ */
+
+#define LUM_ERROR_BUFFER_SIZE                  257 /* errorBuffer: 256 characters + NUL */
+#define LUM_ENCODING_BUFFER_SIZE               257 /* lumDocLoad encodingOut */
+#define LUM_TYPE_NAME_SIZE                     23 /* lumTypeToChar name ("PROCESSING-INSTRUCTION") */
+
+/* ---- Error codes (errorCode cells and SaxParserInstance.errorCode) ----- */
+
+#define LUM_OK                                 0
+#define LUM_ERR_NOT_SUPPORTED                  (-1) /* request refused: kind, method or node */
+#define LUM_ERR_ENGINE_START                   1 /* XML engine failed to start; SAX: a handler stopped */
+#define LUM_ERR_NOT_INITIALIZED                2 /* lumInitParser has not run */
+#define LUM_ERR_PARSE                          3 /* exception while parsing; SAX: "Unexpected error" */
+#define LUM_ERR_NODE_METHOD_NUMBER             3 /* lumNodeExecute: method number out of range */
+#define LUM_ERR_DOC_METHOD_NUMBER              4 /* lumDocExecute: method number out of range */
+#define LUM_ERR_CHILD_INDEX                    5 /* no child at the index */
+#define LUM_ERR_DOM                            6 /* DOM error; also "]]>" in a CDATA section's value */
+#define LUM_ERR_NODE_TYPE                      7 /* method refused for the node's type */
+#define LUM_ERR_PARSE_WARNING                  8 /* lumDocLoad: the parser warned */
+#define LUM_ERR_PARSE_ERROR                    9 /* lumDocLoad: the parser found an error */
+#define LUM_ERR_PARSE_FATAL                    10 /* lumDocLoad: the parser found a fatal error */
+#define LUM_ERR_SAVE                           11 /* lumDocSave: file not opened, or an XML exception */
+#define LUM_ERR_NO_INPUT_FILE                  11 /* SAX reader: file input without a file name */
+#define LUM_ERR_STRING_LENGTH                  12 /* a string does not fit the host's limit */
+#define LUM_ERR_UNEXPECTED                     13 /* unexpected failure */
+#define LUM_ERR_MEMORY_GROWTH                  80 /* host memory block could not grow */
+
+/* ---- lumInitParser results --------------------------------------------- */
+
+#define LUM_INIT_CODE_PAGE_NOT_FOUND           0 /* the library speaks UTF-8 */
+#define LUM_INIT_CODE_PAGE_FOUND               1
+
+/* ---- lumDocLoad ---------------------------------------------------------- */
+
+/* flags bits */
+#define LUM_LOAD_VALIDATE                      1
+#define LUM_LOAD_NO_NAMESPACES                 2
+#define LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION  4
+/* sourceKind */
+#define LUM_LOAD_FROM_FILE                     0 /* file name or URL */
+#define LUM_LOAD_FROM_MEMORY                   1 /* memory block */
+
+/* ---- lumDocSave / lumDocSaveW targets ------------------------------------ */
+
+#define LUM_SAVE_TO_FILE                       0
+#define LUM_SAVE_TO_MEMORY                     1
+#define LUM_SAVE_TO_STREAM                     2
+#define LUM_SAVE_NODE_TO_MEMORY                6 /* the cell holds a node: its subtree, no declaration */
+
+/* ---- lumDocExecute methods ----------------------------------------------
+   Document and node methods share one numbering; the document answers the
+   node methods named here by running them on its own node. */
+
+#define LUM_DOC_CREATE_NODE                    1
+#define LUM_DOC_INSERT_BEFORE                  2
+#define LUM_DOC_DOCUMENT_ELEMENT               4
+#define LUM_DOC_CHILD_COUNT                    5
+#define LUM_DOC_PARENT                         7
+#define LUM_DOC_CHILD_AT                       8
+#define LUM_DOC_CLONE                          9
+#define LUM_DOC_REMOVE_CHILD                   10
+#define LUM_DOC_REPLACE_CHILD                  11
+#define LUM_DOC_OWNER_HANDLE                   17
+#define LUM_DOC_TYPE_CODE                      18
+#define LUM_DOC_VALUE                          19
+#define LUM_DOC_SET_VALUE                      20
+#define LUM_DOC_NAME                           21
+#define LUM_DOC_IMPORT_NODE                    22
+#define LUM_DOC_CREATE_NODE_NS                 30
+#define LUM_DOC_NEW_WITH_DOCTYPE               31
+#define LUM_DOC_DOCTYPE_PUBLIC_ID              32
+#define LUM_DOC_DOCTYPE_SYSTEM_ID              33
+#define LUM_DOC_METHOD_LAST                    38 /* numbers 1..38 are methods; the rest are refused */
+
+/* ---- lumNodeExecute methods ---------------------------------------------- */
+
+#define LUM_NODE_INSERT_BEFORE                 2
+#define LUM_NODE_REMOVE                        3
+#define LUM_NODE_CHILD_COUNT                   5
+#define LUM_NODE_INDEX_IN_PARENT               6
+#define LUM_NODE_PARENT                        7
+#define LUM_NODE_CHILD_AT                      8
+#define LUM_NODE_CLONE                         9
+#define LUM_NODE_REMOVE_CHILD                  10
+#define LUM_NODE_REPLACE_CHILD                 11
+#define LUM_NODE_ATTRIBUTE_NAMES               12
+#define LUM_NODE_ATTRIBUTE_VALUE               13
+#define LUM_NODE_SET_ATTRIBUTE                 14
+#define LUM_NODE_REMOVE_ATTRIBUTE              15
+#define LUM_NODE_REMOVE_ATTRIBUTE_NODE         16
+#define LUM_NODE_OWNER_HANDLE                  17
+#define LUM_NODE_TYPE_CODE                     18
+#define LUM_NODE_VALUE                         19
+#define LUM_NODE_SET_VALUE                     20
+#define LUM_NODE_NAME                          21
+#define LUM_NODE_NORMALIZE                     23
+#define LUM_NODE_NAMESPACE_URI                 26
+#define LUM_NODE_PREFIX                        27
+#define LUM_NODE_LOCAL_NAME                    28
+#define LUM_NODE_SET_PREFIX                    29
+#define LUM_NODE_SET_ATTRIBUTE_NODE            34
+#define LUM_NODE_ATTRIBUTE_NODE                35
+#define LUM_NODE_WHOLE_VALUE                   36
+#define LUM_NODE_SET_VALUE_COUNTED             37
+#define LUM_NODE_RELEASE_VALUE                 38
+#define LUM_NODE_ATTRIBUTE_NS                  39
+#define LUM_NODE_METHOD_LAST                   39 /* numbers 1..39 are methods; the rest are refused */
+
+/* ---- SAX reader ----------------------------------------------------------- */
+
+/* SaxParserInstance.flags bits */
+#define LUM_SAX_NO_NAMESPACES                  1
+#define LUM_SAX_VALIDATE                       2
+#define LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION   4
+/* SaxParserInstance.inputKind */
+#define LUM_SAX_INPUT_FILE                     0 /* fileName: file or URL */
+#define LUM_SAX_INPUT_MEMORY                   1 /* memoryBuffer and memoryLength */
+#define LUM_SAX_INPUT_BUFFER                   5 /* read exactly as LUM_SAX_INPUT_MEMORY */
+/* SaxParserInstance.entityExpansionLimit: any negative value sets no limit */
+#define LUM_SAX_NO_ENTITY_LIMIT                (-1)
+
+/* lumSAXParseFirst and lumSAXParseNext results. (lumSAXParse answers 1
+   when it ran, its findings in the record, and 0 when it refused or failed.) */
+#define LUM_SAX_DONE                           0 /* no event: the parse ended (errorCode says why, 0 = end of document) */
+#define LUM_SAX_MORE                           1 /* an event waits at eventHead */
+
+/* The result of the host's resolve-entity callback that stops the parse
+   (any other result lets resolution go on). */
+#define LUM_SAX_RESOLVE_STOP                   1
+
+/* SaxParserInstance.state */
+#define LUM_SAX_STATE_FIRST_PASS               1 /* only "StartDocument" so far */
+#define LUM_SAX_STATE_RESTARTING               2
+#define LUM_SAX_STATE_RUNNING                  3
+#define LUM_SAX_STATE_ENDED                    4 /* "EndDocument" has been queued */
+
+/* SaxEvent.kind */
+#define LUM_SAX_EVENT_EMPTY                    0 /* no name, no arguments (a skipped entity) */
+#define LUM_SAX_EVENT_START_DOCUMENT           1
+#define LUM_SAX_EVENT_END_DOCUMENT             2
+#define LUM_SAX_EVENT_START_PREFIX_MAPPING     3
+#define LUM_SAX_EVENT_END_PREFIX_MAPPING       4
+#define LUM_SAX_EVENT_START_ELEMENT            5
+#define LUM_SAX_EVENT_END_ELEMENT              6
+#define LUM_SAX_EVENT_CHARACTERS               7
+#define LUM_SAX_EVENT_IGNORABLE_WHITESPACE     8
+#define LUM_SAX_EVENT_PROCESSING_INSTRUCTION   9
+#define LUM_SAX_EVENT_SKIPPED_ENTITY           10 /* named, never produced */
+#define LUM_SAX_EVENT_SET_DOC_LOCATOR          11 /* named, never produced */
+#define LUM_SAX_EVENT_UNPARSED_ENTITY_DECL     12
+#define LUM_SAX_EVENT_NOTATION_DECL            13
+#define LUM_SAX_EVENT_RESOLVE_ENTITY           14
+#define LUM_SAX_EVENT_WARNING                  15
+#define LUM_SAX_EVENT_ERROR                    16
+#define LUM_SAX_EVENT_FATAL_ERROR              17
+
+/* ---- SAX writer -------------------------------------------------------- */
+
+/* lumSAXWriterExecute commands */
+#define LUM_WRITER_CREATE                      1
+#define LUM_WRITER_FREE                        2
+#define LUM_WRITER_GET_STATE                   3
+#define LUM_WRITER_RESET                       4
+#define LUM_WRITER_STOP                        5
+#define LUM_WRITER_ADD_ATTRIBUTE               10
+#define LUM_WRITER_DECLARE_NAMESPACE           11
+#define LUM_WRITER_RESTART_MEMORY              12
+#define LUM_WRITER_OPEN                        21
+#define LUM_WRITER_END_DOCUMENT                22
+#define LUM_WRITER_START_ELEMENT               23
+#define LUM_WRITER_END_ELEMENT                 24
+#define LUM_WRITER_CHARACTERS                  25
+#define LUM_WRITER_EMPTY_ELEMENT               26
+#define LUM_WRITER_DATA_ELEMENT                27
+#define LUM_WRITER_COMMENT                     28
+#define LUM_WRITER_PROCESSING_INSTRUCTION      29
+#define LUM_WRITER_RAW_TEXT                    30
+#define LUM_WRITER_DOCTYPE                     31
+#define LUM_WRITER_ENTITY_REFERENCE            32
+#define LUM_WRITER_CDATA                       33
+
+/* Writer states (the answer of LUM_WRITER_GET_STATE) */
+#define LUM_WRITER_STATE_CREATED               1
+#define LUM_WRITER_STATE_PROLOG                2
+#define LUM_WRITER_STATE_START_TAG_OPEN        3
+#define LUM_WRITER_STATE_AFTER_END_TAG         4
+#define LUM_WRITER_STATE_AFTER_TEXT            5
+#define LUM_WRITER_STATE_ENDED                 6
+#define LUM_WRITER_STATE_FAILED                7
+
+/* lumSAXWriterExecute results: success, refusal, or an error code */
+#define LUM_WRITER_OK                          0
+#define LUM_WRITER_REFUSED                     1
+#define LUM_WRITER_ERR_OUTPUT_KIND             3
+#define LUM_WRITER_ERR_OPEN                    5
+#define LUM_WRITER_ERR_INVALID_NAME            6
+#define LUM_WRITER_ERR_SECOND_ROOT             7
+#define LUM_WRITER_ERR_END_TAG_MISMATCH        8
+#define LUM_WRITER_ERR_ELEMENT_OPEN            9
+#define LUM_WRITER_ERR_PREFIX_WITHOUT_URI      10
+#define LUM_WRITER_ERR_DUPLICATE_NS_ATTRIBUTE  11
+#define LUM_WRITER_ERR_UNBOUND                 12
+#define LUM_WRITER_ERR_TEXT_OUTSIDE_ROOT       13
+#define LUM_WRITER_ERR_ROOT_NOT_DOCTYPE        14
+#define LUM_WRITER_ERR_DOCTYPE_IN_FRAGMENT     15
+#define LUM_WRITER_ERR_PREFIX_REBOUND          17
+#define LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE     18
+#define LUM_WRITER_ERR_UNDECLARED_PREFIX       19
+#define LUM_WRITER_ERR_CDATA_END               21
+#define LUM_WRITER_ERR_MEMORY                  80
+#define LUM_WRITER_ERR_UNEXPECTED              99
+
+/* WriterOptions.outputKind and WriterOptions.standalone */
+#define LUM_WRITER_TO_FILE                     1
+#define LUM_WRITER_TO_MEMORY_WITH_BOM          2
+#define LUM_WRITER_TO_STREAM                   3
+#define LUM_WRITER_TO_MEMORY                   5
+#define LUM_WRITER_STANDALONE_OMIT             0
+#define LUM_WRITER_STANDALONE_YES              1
+#define LUM_WRITER_STANDALONE_NO               2 /* any value but 0 and 1 */
+
+/* ---- Host memory functions ------------------------------------------------
+   The line argument with which the library calls the functions of
+   lumMemioInit, naming what the block is for. */
+
+#define LUM_MEMIO_LINE_NEW_BLOCK               84 /* alloc: the first block of an output */
+#define LUM_MEMIO_LINE_GROW                    175 /* realloc: growth while writing */
+#define LUM_MEMIO_LINE_REPLACEMENT             202 /* alloc: a fresh block after a failed growth */
+#define LUM_MEMIO_LINE_TRIM                    231 /* realloc: the final trim of a saved document */
 
 /* ---- Attribute lists -------------------------------------------------- */
 
@@ -108,7 +354,7 @@ struct SaxEvent {
 
 typedef struct SaxParserInstance {
     void* reader;                        /*   0 library */
-    uint32_t flags;                      /*   8 host: 1 no namespaces, 2 validate, 4 no default entity resolution */
+    uint32_t flags;                      /*   8 host: LUM_SAX_NO_NAMESPACES, LUM_SAX_VALIDATE, ... */
     uint32_t reserved12;                 /*  12 */
     void* scanToken;                     /*  16 library */
     void* locator;                       /*  24 library */
@@ -116,7 +362,7 @@ typedef struct SaxParserInstance {
     const char* searchPath;              /*  40 host */
     const char* schemaLocation;          /*  48 host */
     const char* noNamespaceSchemaLocation; /* 56 host */
-    int32_t inputKind;                   /*  64 host: 0 file/URL, 1 or 5 memory */
+    int32_t inputKind;                   /*  64 host: LUM_SAX_INPUT_FILE, _MEMORY or _BUFFER */
     uint32_t reserved68;                 /*  68 */
     const char* fileName;                /*  72 host */
     void* reserved80;                    /*  80 */
@@ -152,7 +398,7 @@ typedef struct WriterOptions {
     int32_t strict;             /* 28 */
     const char* fileName;       /* 32 */
     const lum_wchar_t* wideFileName; /* 40 */
-    int32_t outputKind;         /* 48: 1 file, 2 memory + BOM, 3 stream, 5 memory */
+    int32_t outputKind;         /* 48: LUM_WRITER_TO_FILE, ... */
     uint32_t reserved52;        /* 52 */
     int64_t streamHandle;       /* 56 */
     void* memoryBuffer;         /* 64 out */

@@ -101,7 +101,7 @@ void saveWithFile(void** document, int32_t target, uint8_t charEscapes, uint8_t 
     ErrorReport report(errorBuffer, errorCode);
     guardExport(report, [&] {
         std::optional<XMLFileOut> file;
-        if (target == kSaveToFile && fileName != nullptr) file.emplace(fileName, encoding);
+        if (target == LUM_SAVE_TO_FILE && fileName != nullptr) file.emplace(fileName, encoding);
         SaveRequest request{document,     target,      charEscapes,  attributeEscapes,
                             noByteOrderMark, encoding, file ? &*file : nullptr, memoryOut,
                             memoryLength, streamHandle, streamWrite};

@@ -2,7 +2,7 @@
 //
 // Each family catches the Xerces exceptions it gives meaning to; whatever
 // still escapes is reported here as "Unexpected exception" (or the export's
-// own wording of it) with code 13.
+// own wording of it) with code 13 (LUM_ERR_UNEXPECTED).
 #pragma once
 
 #include <utility>
@@ -18,7 +18,7 @@ void guardExport(ErrorReport report, Body&& body,
         std::forward<Body>(body)();
     } catch (...) {
         try {
-            report.formatted(13, unexpected);
+            report.formatted(LUM_ERR_UNEXPECTED, unexpected);
         } catch (...) {
         }
     }

@@ -27,7 +27,7 @@ const char* domErrorMessage(int code) {
 }
 
 void reportDomError(const DOMException& e, ErrorReport& report) {
-    report.fixed(domErrorMessage(static_cast<int>(e.code)), 6);
+    report.fixed(domErrorMessage(static_cast<int>(e.code)), LUM_ERR_DOM);
 }
 
 void reportDomError(const DOMException& e, char* errorBuffer, int32_t* errorCode) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "frame/safe_format.h"
+#include "lumxml.h"
 
 namespace lumxml {
 

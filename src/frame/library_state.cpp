@@ -93,14 +93,14 @@ AliasSearch findConverterAlias(ConverterCatalog& catalog, const char* codePage,
         int32_t status = 0;
         uint16_t aliases = catalog.countAliases(name, status);
         if (status > 0) {
-            report.formatted(13, "ucnv_countAliases(%s) returned error code %d", {name, status});
+            report.formatted(LUM_ERR_UNEXPECTED, "ucnv_countAliases(%s) returned error code %d", {name, status});
             return AliasSearch::Failed;
         }
         for (uint16_t j = 0; j < aliases; ++j) {
             status = 0;
             const char* alias = catalog.alias(name, j, status);
             if (status > 0) {
-                report.formatted(13, "ucnv_getAlias(%s,%d) returned error code %d",
+                report.formatted(LUM_ERR_UNEXPECTED, "ucnv_getAlias(%s,%d) returned error code %d",
                                  {name, static_cast<int>(j), status});
                 return AliasSearch::Failed;
             }
@@ -115,14 +115,14 @@ AliasSearch findConverterAlias(ConverterCatalog& catalog, const char* codePage,
 int32_t initParser(const char* codePage, char* errorBuffer, int32_t* errorCode) {
     ErrorReport report(errorBuffer, errorCode);
     AliasSearch search = findConverterAlias(icuCatalog(), codePage, errorBuffer, errorCode);
-    if (search == AliasSearch::Failed) return 0;
+    if (search == AliasSearch::Failed) return LUM_INIT_CODE_PAGE_NOT_FOUND;
     bool found = search == AliasSearch::Found;
     try {
         try {
             startXerces(found, codePage);
         } catch (const XMLException& e) {
             // Appended to whatever the buffer holds: nothing goes in front.
-            report.appended(messageOf(e).c_str(), 1);
+            report.appended(messageOf(e).c_str(), LUM_ERR_ENGINE_START);
         }
         if (report.code() == 0) {
             // A repeated start makes a new key; the old one is kept alive on
@@ -131,9 +131,9 @@ int32_t initParser(const char* codePage, char* errorBuffer, int32_t* errorCode) 
             key = codec::toXml("udatakey");
         }
     } catch (...) {
-        report.formatted(13, "Unexpected exception");
+        report.formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
     }
-    return found ? 1 : 0;
+    return found ? LUM_INIT_CODE_PAGE_FOUND : LUM_INIT_CODE_PAGE_NOT_FOUND;
 }
 
 }  // namespace lumxml

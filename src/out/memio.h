@@ -25,10 +25,10 @@ const char* memioSourceFile();
 
 // The call sites named to the host functions by their line argument.
 enum MemioCallSite : int32_t {
-    kMemioLineConstruct = 84,  // the first block of a new target
-    kMemioLineGrow = 175,      // growth while writing
-    kMemioLineReplace = 202,   // the fresh block after a failed growth
-    kMemioLineTrim = 231,      // the final trim of release()
+    kMemioLineConstruct = LUM_MEMIO_LINE_NEW_BLOCK,  // the first block of a new target
+    kMemioLineGrow = LUM_MEMIO_LINE_GROW,            // growth while writing
+    kMemioLineReplace = LUM_MEMIO_LINE_REPLACEMENT,  // the fresh block after a failed growth
+    kMemioLineTrim = LUM_MEMIO_LINE_TRIM,            // the final trim of release()
 };
 
 // ---- XMLMemOut -----------------------------------------------------------
@@ -38,7 +38,7 @@ public:
     static constexpr uint32_t kInitialCapacity = 16384;
     // The integer thrown when the block cannot grow; handlers turn it into
     // the error code of the same number.
-    static constexpr int kGrowthFailed = 80;
+    static constexpr int kGrowthFailed = LUM_ERR_MEMORY_GROWTH;
 
     // A 16384-byte block; the byte-order mark that `encoding` asks for is
     // stored at its start only when `encoding` is not null and `writeBom`.

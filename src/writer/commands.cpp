@@ -48,14 +48,14 @@ void doEndElement(SAXWriter& w, WriterOptions*, WriterArgs* a) {
 void doCharacters(SAXWriter& w, WriterOptions*, WriterArgs* a) { writeCharacters(w, text(a, 0)); }
 void doDataElement(SAXWriter& w, WriterOptions*, WriterArgs* a) {
     startElement(w, text(a, 0), text(a, 2), static_cast<const SaxAttrList*>(slot(a, 3)));
-    w.lastCommand = 23;
-    completeStartTag(w, 25);
+    w.lastCommand = LUM_WRITER_START_ELEMENT;
+    completeStartTag(w, LUM_WRITER_CHARACTERS);
     writeCharacters(w, text(a, 1));
     // The end tag follows the text as it does after command 25: on the
     // same line, not indented.
     w.state = kStateAfterText;
     endElement(w, text(a, 0), text(a, 2));
-    w.lastCommand = 24;
+    w.lastCommand = LUM_WRITER_END_ELEMENT;
 }
 void doComment(SAXWriter& w, WriterOptions*, WriterArgs* a) { writeComment(w, text(a, 0)); }
 void doProcessingInstruction(SAXWriter& w, WriterOptions*, WriterArgs* a) {
@@ -90,29 +90,29 @@ struct CommandRule {
 };
 
 constexpr CommandRule kCommands[] = {
-    // cmd  requires            state after          output  work
-    {1,  kAny,               kSame,               false, doNothing},
-    {10, kStateStartTagOpen, kStateStartTagOpen,  true,  doAddAttribute},
-    {11, kStateStartTagOpen, kStateStartTagOpen,  true,  doDeclareNamespace},
-    {12, kAny,               kSame,               false, doRestart},
-    {22, kAny,               kStateEnded,         false, doEndDocument},
-    {23, kAny,               kStateStartTagOpen,  true,  doStartElement},
-    {24, kAny,               kStateAfterEndTag,   true,  doEndElement},
-    {25, kAny,               kStateAfterText,     true,  doCharacters},
-    {26, kAny,               kStateStartTagOpen,  true,  doStartElement},
-    {27, kAny,               kStateAfterEndTag,   true,  doDataElement},
-    {28, kAny,               kSame,               true,  doComment},
-    {29, kAny,               kSame,               true,  doProcessingInstruction},
-    {30, kAny,               kStateAfterText,     true,  doRaw},
-    {31, kStateProlog,       kSame,               true,  doDoctype},
-    {32, kAny,               kSame,               true,  doEntityReference},
-    {33, kAny,               kSame,               true,  doCdata},
+    // command                         requires            state after          output work
+    {LUM_WRITER_CREATE,                  kAny,               kSame,               false, doNothing},
+    {LUM_WRITER_ADD_ATTRIBUTE,           kStateStartTagOpen, kStateStartTagOpen,  true,  doAddAttribute},
+    {LUM_WRITER_DECLARE_NAMESPACE,       kStateStartTagOpen, kStateStartTagOpen,  true,  doDeclareNamespace},
+    {LUM_WRITER_RESTART_MEMORY,          kAny,               kSame,               false, doRestart},
+    {LUM_WRITER_END_DOCUMENT,            kAny,               kStateEnded,         false, doEndDocument},
+    {LUM_WRITER_START_ELEMENT,           kAny,               kStateStartTagOpen,  true,  doStartElement},
+    {LUM_WRITER_END_ELEMENT,             kAny,               kStateAfterEndTag,   true,  doEndElement},
+    {LUM_WRITER_CHARACTERS,              kAny,               kStateAfterText,     true,  doCharacters},
+    {LUM_WRITER_EMPTY_ELEMENT,           kAny,               kStateStartTagOpen,  true,  doStartElement},
+    {LUM_WRITER_DATA_ELEMENT,            kAny,               kStateAfterEndTag,   true,  doDataElement},
+    {LUM_WRITER_COMMENT,                 kAny,               kSame,               true,  doComment},
+    {LUM_WRITER_PROCESSING_INSTRUCTION,  kAny,               kSame,               true,  doProcessingInstruction},
+    {LUM_WRITER_RAW_TEXT,                kAny,               kStateAfterText,     true,  doRaw},
+    {LUM_WRITER_DOCTYPE,                 kStateProlog,       kSame,               true,  doDoctype},
+    {LUM_WRITER_ENTITY_REFERENCE,        kAny,               kSame,               true,  doEntityReference},
+    {LUM_WRITER_CDATA,                   kAny,               kSame,               true,  doCdata},
 };
 
 constexpr CommandRule kOtherCommand = {0, kAny, kSame, false, doNothing};
 
 // The rules indexed by command number (commands run by the million).
-constexpr int32_t kHighestCommand = 33;
+constexpr int32_t kHighestCommand = LUM_WRITER_CDATA;
 struct RuleIndex {
     const CommandRule* rules[kHighestCommand + 1];
     constexpr RuleIndex() : rules() {
@@ -156,7 +156,8 @@ void publishMessage(SAXWriter& w, WriterOptions* options) {
 int32_t failureStep(SAXWriter& w, WriterOptions* options) {
     const int32_t found = static_cast<int32_t>(w.errorCode);
     w.state = kStateFailed;
-    runGuarded(w, [&] { completeStartTag(w, 4); });
+    // (as for command 4: any number but 10, 11, 12 and 25 writes the tag the same)
+    runGuarded(w, [&] { completeStartTag(w, LUM_WRITER_RESET); });
     // The host's block variable is cleared below: a block of the runtime
     // allocator could then be freed by nobody, so it goes now.
     discardUnreachableMemory(w);
@@ -217,19 +218,19 @@ int32_t tableCommand(SAXWriter& w, int32_t command, WriterOptions* options, Writ
 int32_t executeWriterCommand(SAXWriter* writer, int32_t command, WriterOptions* options,
                              WriterArgs* args) {
     if (writer == nullptr) {
-        if (command != 1 || args == nullptr) return kWriterRefused;
+        if (command != LUM_WRITER_CREATE || args == nullptr) return kWriterRefused;
         args->arg0 = createWriter();
         // No memory for the writer: the host's null writer comes with the
         // code of an unexpected failure.
         return args->arg0 != nullptr ? kWriterOk : static_cast<int32_t>(kErrUnexpected);
     }
     switch (command) {
-        case 3:
+        case LUM_WRITER_GET_STATE:
             return static_cast<int32_t>(writer->state);
-        case 5:
+        case LUM_WRITER_STOP:
             writer->state = kStateFailed;
             return kWriterOk;
-        case 4:
+        case LUM_WRITER_RESET:
             if (args == nullptr) return kWriterRefused;
             delete writer;
             args->arg0 = createWriter();
@@ -237,13 +238,13 @@ int32_t executeWriterCommand(SAXWriter* writer, int32_t command, WriterOptions* 
         default:
             break;
     }
-    if (writer->state == kStateFailed && command != 2) return kWriterRefused;
-    if (command == 2) {
-        runGuarded(*writer, [&] { completeStartTag(*writer, 2); });
+    if (writer->state == kStateFailed && command != LUM_WRITER_FREE) return kWriterRefused;
+    if (command == LUM_WRITER_FREE) {
+        runGuarded(*writer, [&] { completeStartTag(*writer, LUM_WRITER_FREE); });
         delete writer;
         return kWriterOk;
     }
-    if (command == 21) return openCommand(*writer, options);
+    if (command == LUM_WRITER_OPEN) return openCommand(*writer, options);
     return tableCommand(*writer, command, options, args);
 }
 

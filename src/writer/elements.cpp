@@ -376,10 +376,10 @@ void writeStartTag(SAXWriter& w, uint32_t trigger) {
     writeElementName(w, *element);
     writePendingDeclaration(w);
     writeAttributes(w, element->next);
-    if (w.lastCommand == 23) {
+    if (w.lastCommand == LUM_WRITER_START_ELEMENT) {
         put(w, m.close);
         // Characters stay on the tag's line.
-        if (w.formatted && trigger != 25) put(w, m.lineFeed);
+        if (w.formatted && trigger != LUM_WRITER_CHARACTERS) put(w, m.lineFeed);
         ++w.depth;
     } else {
         put(w, m.closeEmpty);
@@ -433,8 +433,11 @@ void freeBindings(SAXWriter& w) {
 void completeStartTag(SAXWriter& w, uint32_t command) {
     // Attributes, declarations and a restart of memory output still
     // belong to the open start tag.
-    if (command == 10 || command == 11 || command == 12) return;
-    if (w.lastCommand == 23 || w.lastCommand == 26) writeStartTag(w, command);
+    if (command == LUM_WRITER_ADD_ATTRIBUTE || command == LUM_WRITER_DECLARE_NAMESPACE ||
+        command == LUM_WRITER_RESTART_MEMORY)
+        return;
+    if (w.lastCommand == LUM_WRITER_START_ELEMENT || w.lastCommand == LUM_WRITER_EMPTY_ELEMENT)
+        writeStartTag(w, command);
     w.lastCommand = command;
 }
 

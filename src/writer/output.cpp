@@ -57,10 +57,10 @@ void writeDeclaration(SAXWriter& w, const WriterOptions& options) {
         putHost(w, options.encoding);
         put(w, m.quote);
     }
-    if (options.standalone != 0) {
+    if (options.standalone != LUM_WRITER_STANDALONE_OMIT) {
         put(w, m.blank);
         put(w, m.standalone);
-        put(w, options.standalone == 1 ? m.yes : m.no);
+        put(w, options.standalone == LUM_WRITER_STANDALONE_YES ? m.yes : m.no);
         put(w, m.quote);
     }
     put(w, m.piClose);
@@ -71,7 +71,7 @@ void writeDeclaration(SAXWriter& w, const WriterOptions& options) {
 // when the kind or its arguments are refused or the file cannot be opened.
 bool createTarget(SAXWriter& w, const WriterOptions& options, const char* encoding) {
     switch (options.outputKind) {
-        case 1: {
+        case LUM_WRITER_TO_FILE: {
             // The 8-bit name must be there even when the UTF-16 name is
             // the one used: hosts rely on that check.
             if (!hasText(options.fileName)) break;
@@ -86,12 +86,12 @@ bool createTarget(SAXWriter& w, const WriterOptions& options, const char* encodi
             w.target = file;
             return true;
         }
-        case 2:
-        case 5:
-            w.memory = new XMLMemOut(encoding, options.outputKind == 2);
+        case LUM_WRITER_TO_MEMORY_WITH_BOM:
+        case LUM_WRITER_TO_MEMORY:
+            w.memory = new XMLMemOut(encoding, options.outputKind == LUM_WRITER_TO_MEMORY_WITH_BOM);
             w.target = w.memory;
             return true;
-        case 3:
+        case LUM_WRITER_TO_STREAM:
             if (options.streamWrite == nullptr) break;
             w.target = new XMLStreamOut(options.streamHandle, options.streamWrite, encoding);
             return true;
@@ -334,7 +334,7 @@ void restartMemoryOutput(SAXWriter& w, WriterOptions* options) {
     // An empty encoding name is passed on as it is here.
     const char* encoding =
         (options != nullptr && options->encoding != nullptr) ? options->encoding : "UTF-8";
-    bool writeBom = options == nullptr || options->outputKind != 5;
+    bool writeBom = options == nullptr || options->outputKind != LUM_WRITER_TO_MEMORY;
     w.memory = new XMLMemOut(encoding, writeBom);
     w.target = w.memory;
     w.formatter = makeFormatter(w, encoding);

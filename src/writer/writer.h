@@ -102,39 +102,39 @@ struct WriterScope {
     ~WriterScope();
 };
 
-// Writer states.
+// Writer states (the public numbers of lumxml.h).
 enum WriterState : uint32_t {
-    kStateCreated = 1,
-    kStateProlog = 2,
-    kStateStartTagOpen = 3,
-    kStateAfterEndTag = 4,
-    kStateAfterText = 5,
-    kStateEnded = 6,
-    kStateFailed = 7,
+    kStateCreated = LUM_WRITER_STATE_CREATED,
+    kStateProlog = LUM_WRITER_STATE_PROLOG,
+    kStateStartTagOpen = LUM_WRITER_STATE_START_TAG_OPEN,
+    kStateAfterEndTag = LUM_WRITER_STATE_AFTER_END_TAG,
+    kStateAfterText = LUM_WRITER_STATE_AFTER_TEXT,
+    kStateEnded = LUM_WRITER_STATE_ENDED,
+    kStateFailed = LUM_WRITER_STATE_FAILED,
 };
 
-// Result and error codes of the writer.
+// Result and error codes of the writer (the public numbers of lumxml.h).
 enum WriterCode : int32_t {
-    kWriterOk = 0,
-    kWriterRefused = 1,
-    kErrBadOutput = 3,
-    kErrOpenFailed = 5,
-    kErrInvalidName = 6,
-    kErrSecondRoot = 7,
-    kErrEndTagMismatch = 8,
-    kErrElementStillOpen = 9,
-    kErrPrefixWithoutUri = 10,
-    kErrDuplicateNamespacedAttribute = 11,
-    kErrUnboundPrefix = 12,
-    kErrTextOutsideRoot = 13,
-    kErrRootNotDoctype = 14,
-    kErrDoctypeInFragment = 15,
-    kErrPendingPrefixRebound = 17,
-    kErrDuplicateAttribute = 18,
-    kErrUndeclaredPrefix = 19,
-    kErrCdataEnd = 21,
-    kErrMemory = 80,
-    kErrUnexpected = 99,
+    kWriterOk = LUM_WRITER_OK,
+    kWriterRefused = LUM_WRITER_REFUSED,
+    kErrBadOutput = LUM_WRITER_ERR_OUTPUT_KIND,
+    kErrOpenFailed = LUM_WRITER_ERR_OPEN,
+    kErrInvalidName = LUM_WRITER_ERR_INVALID_NAME,
+    kErrSecondRoot = LUM_WRITER_ERR_SECOND_ROOT,
+    kErrEndTagMismatch = LUM_WRITER_ERR_END_TAG_MISMATCH,
+    kErrElementStillOpen = LUM_WRITER_ERR_ELEMENT_OPEN,
+    kErrPrefixWithoutUri = LUM_WRITER_ERR_PREFIX_WITHOUT_URI,
+    kErrDuplicateNamespacedAttribute = LUM_WRITER_ERR_DUPLICATE_NS_ATTRIBUTE,
+    kErrUnboundPrefix = LUM_WRITER_ERR_UNBOUND,
+    kErrTextOutsideRoot = LUM_WRITER_ERR_TEXT_OUTSIDE_ROOT,
+    kErrRootNotDoctype = LUM_WRITER_ERR_ROOT_NOT_DOCTYPE,
+    kErrDoctypeInFragment = LUM_WRITER_ERR_DOCTYPE_IN_FRAGMENT,
+    kErrPendingPrefixRebound = LUM_WRITER_ERR_PREFIX_REBOUND,
+    kErrDuplicateAttribute = LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE,
+    kErrUndeclaredPrefix = LUM_WRITER_ERR_UNDECLARED_PREFIX,
+    kErrCdataEnd = LUM_WRITER_ERR_CDATA_END,
+    kErrMemory = LUM_WRITER_ERR_MEMORY,
+    kErrUnexpected = LUM_WRITER_ERR_UNEXPECTED,
 };
 
 }  // namespace lumxml

@@ -14,17 +14,6 @@ namespace host {
 
 namespace {
 
-// Method numbers a host uses to walk a tree.
-constexpr int32_t kChildCount = 5;
-constexpr int32_t kChildAt = 8;
-constexpr int32_t kAttributeNames = 12;
-constexpr int32_t kAttributeValue = 13;
-constexpr int32_t kNodeType = 18;
-constexpr int32_t kNodeName = 21;
-constexpr int32_t kWholeValue = 36;
-constexpr int32_t kReleaseValue = 38;
-constexpr int32_t kElement = 1;
-
 class Walker {
 public:
     Walker(const Exports& x, void* document) : x_(x), document_(document) {}
@@ -33,32 +22,32 @@ public:
 
     int32_t documentChildCount() {
         int32_t count = 0;
-        call(x_.lumDocExecute, document_, kChildCount, {}, &count);
+        call(x_.lumDocExecute, document_, LUM_DOC_CHILD_COUNT, {}, &count);
         return count;
     }
     void* documentChild(int32_t index) {
         void* child = nullptr;
-        call(x_.lumDocExecute, document_, kChildAt, {&index}, &child);
+        call(x_.lumDocExecute, document_, LUM_DOC_CHILD_AT, {&index}, &child);
         return child;
     }
     int32_t childCount(void* node) {
         int32_t count = 0;
-        call(x_.lumNodeExecute, node, kChildCount, {}, &count);
+        call(x_.lumNodeExecute, node, LUM_NODE_CHILD_COUNT, {}, &count);
         return count;
     }
     void* child(void* node, int32_t index) {
         void* found = nullptr;
-        call(x_.lumNodeExecute, node, kChildAt, {&index}, &found);
+        call(x_.lumNodeExecute, node, LUM_NODE_CHILD_AT, {&index}, &found);
         return found;
     }
 
     std::string describe(void* node) {
         int32_t type = 0;
-        call(x_.lumNodeExecute, node, kNodeType, {}, &type);
-        char typeName[32];
+        call(x_.lumNodeExecute, node, LUM_NODE_TYPE_CODE, {}, &type);
+        char typeName[LUM_TYPE_NAME_SIZE];
         x_.lumTypeToChar(type, typeName);
-        std::string line = std::string(typeName) + " " + text(node, kNodeName);
-        if (type == kElement) return line + attributes(node);
+        std::string line = std::string(typeName) + " " + text(node, LUM_NODE_NAME);
+        if (type == LUM_NODE_ELEMENT) return line + attributes(node);
         std::string value = wholeValue(node);
         return value.empty() ? line : line + " \"" + escaped(value) + "\"";
     }
@@ -69,7 +58,7 @@ private:
     void call(Execute execute, void* target, int32_t method, std::vector<void*> args,
               void* result) {
         args.resize(4, nullptr);
-        char errorBuffer[257] = {0};
+        char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
         int32_t errorCode = 0;
         execute(target, method, args.data(), result, errorBuffer, &errorCode);
         if (errorCode != 0) {
@@ -87,19 +76,19 @@ private:
         return buffer;
     }
 
-    // Method 36 hands the whole value (no limit); method 38 gives it back.
+    // The whole value, with no limit; the library's copy is given back.
     std::string wholeValue(void* node) {
         char* value = nullptr;
         int32_t length = 0;
-        call(x_.lumNodeExecute, node, kWholeValue, {&value, &length}, nullptr);
+        call(x_.lumNodeExecute, node, LUM_NODE_WHOLE_VALUE, {&value, &length}, nullptr);
         if (value == nullptr) return "";
         std::string copy(value, static_cast<size_t>(length));
-        call(x_.lumNodeExecute, node, kReleaseValue, {&value}, nullptr);
+        call(x_.lumNodeExecute, node, LUM_NODE_RELEASE_VALUE, {&value}, nullptr);
         return copy;
     }
 
     std::string attributes(void* node) {
-        std::string names = text(node, kAttributeNames);
+        std::string names = text(node, LUM_NODE_ATTRIBUTE_NAMES);
         std::string out;
         size_t start = 0;
         while (start < names.size()) {
@@ -109,7 +98,7 @@ private:
             char value[4096];
             value[0] = '\0';
             int32_t limit = sizeof value;
-            call(x_.lumNodeExecute, node, kAttributeValue,
+            call(x_.lumNodeExecute, node, LUM_NODE_ATTRIBUTE_VALUE,
                  {const_cast<char*>(name.c_str()), &limit}, value);
             out += " " + name + "=\"" + escaped(value) + "\"";
             start = comma + 1;

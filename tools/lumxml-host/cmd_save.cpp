@@ -67,7 +67,7 @@ bool initialiseQuietly(const Exports& x, const std::string& codePage) {
         std::fprintf(stderr, "lumxml-host save: the library has no lumInitParser/lumDocSave\n");
         return false;
     }
-    char errorBuffer[257] = {0};
+    char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     int32_t found = x.lumInitParser(codePage.c_str(), errorBuffer, &errorCode);
     std::fprintf(stderr, "init: code page %s %s, error code %d\n", codePage.c_str(),
@@ -112,11 +112,13 @@ int runSave(HostLibrary& library, const Arguments& arguments) {
         return kExitFailure;
     }
 
-    char errorBuffer[257] = {0};
+    char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     void* block = nullptr;
     uint32_t length = 0;
-    const int32_t target = save.to == SaveTo::File ? 0 : save.to == SaveTo::Stream ? 2 : 1;
+    const int32_t target = save.to == SaveTo::File     ? LUM_SAVE_TO_FILE
+                           : save.to == SaveTo::Stream ? LUM_SAVE_TO_STREAM
+                                                       : LUM_SAVE_TO_MEMORY;
     std::fflush(stdout);
     x.lumDocSave(&loaded.cell, target, save.charEscapes ? 1 : 0, save.attrEscapes ? 1 : 0,
                  save.noByteOrderMark ? 1 : 0, save.hasEncoding ? save.encoding.c_str() : nullptr,

@@ -19,7 +19,7 @@ struct SaxOptions {
     std::string file;
     std::string codePage = "UTF-8";
     uint32_t flags = 0;
-    int32_t limit = 50000;  // Xerces' own default; -1 for none
+    int32_t limit = 50000;  // Xerces' own default; LUM_SAX_NO_ENTITY_LIMIT for none
     std::string searchPath;
     std::string schema;
     bool countOnly = false;
@@ -54,27 +54,27 @@ std::string describeAttributes(const SaxEvent& event) {
 
 std::string describeArguments(const SaxEvent& event) {
     switch (event.kind) {
-        case 3: return "prefix=" + arg(event, 1) + " uri=" + arg(event, 2);
-        case 4: return "prefix=" + arg(event, 1);
-        case 5:
+        case LUM_SAX_EVENT_START_PREFIX_MAPPING: return "prefix=" + arg(event, 1) + " uri=" + arg(event, 2);
+        case LUM_SAX_EVENT_END_PREFIX_MAPPING: return "prefix=" + arg(event, 1);
+        case LUM_SAX_EVENT_START_ELEMENT:
             return "uri=" + arg(event, 1) + " local=" + arg(event, 2) + " qname=" + arg(event, 3) +
                    " " + describeAttributes(event);
-        case 6: return "uri=" + arg(event, 1) + " local=" + arg(event, 2) + " qname=" + arg(event, 3);
-        case 7:
-        case 8:
+        case LUM_SAX_EVENT_END_ELEMENT: return "uri=" + arg(event, 1) + " local=" + arg(event, 2) + " qname=" + arg(event, 3);
+        case LUM_SAX_EVENT_CHARACTERS:
+        case LUM_SAX_EVENT_IGNORABLE_WHITESPACE:
             return "text=" + arg(event, 1) + " length=" +
                    std::to_string(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(event.arg2)));
-        case 9: return "target=" + arg(event, 1) + " data=" + arg(event, 2);
-        case 12:
+        case LUM_SAX_EVENT_PROCESSING_INSTRUCTION: return "target=" + arg(event, 1) + " data=" + arg(event, 2);
+        case LUM_SAX_EVENT_UNPARSED_ENTITY_DECL:
             return "name=" + arg(event, 1) + " publicId=" + arg(event, 2) + " systemId=" +
                    arg(event, 3) + " notation=" + arg(event, 4);
-        case 13:
+        case LUM_SAX_EVENT_NOTATION_DECL:
             return "name=" + arg(event, 1) + " publicId=" + arg(event, 2) + " systemId=" +
                    arg(event, 3);
-        case 14: return "publicId=" + arg(event, 1) + " systemId=" + arg(event, 2);
-        case 15:
-        case 16:
-        case 17: return "message=" + arg(event, 1);
+        case LUM_SAX_EVENT_RESOLVE_ENTITY: return "publicId=" + arg(event, 1) + " systemId=" + arg(event, 2);
+        case LUM_SAX_EVENT_WARNING:
+        case LUM_SAX_EVENT_ERROR:
+        case LUM_SAX_EVENT_FATAL_ERROR: return "message=" + arg(event, 1);
         default: return "";
     }
 }
@@ -92,7 +92,7 @@ int32_t onResolveEntity() {
         std::printf("callback: ");
         printEvent(*driving, *driving->eventHead);
     }
-    return 0;  // go on: the library searches the directories
+    return 0;  // not LUM_SAX_RESOLVE_STOP: the library searches the directories
 }
 
 bool parseArguments(const Arguments& arguments, SaxOptions& options) {
@@ -111,9 +111,9 @@ bool parseArguments(const Arguments& arguments, SaxOptions& options) {
             continue;
         }
         if (arguments[i] == "--no-namespaces") {
-            options.flags |= 1;
+            options.flags |= LUM_SAX_NO_NAMESPACES;
         } else if (arguments[i] == "--validate") {
-            options.flags |= 2;
+            options.flags |= LUM_SAX_VALIDATE;
         } else if (arguments[i] == "--count") {
             options.countOnly = true;
         } else if (arguments[i].rfind("--", 0) != 0 && options.file.empty()) {
@@ -134,7 +134,7 @@ bool parseArguments(const Arguments& arguments, SaxOptions& options) {
 // The host's record: allocated and zero-filled by the host, then filled in.
 void fillRecord(SaxParserInstance& record, const SaxOptions& options) {
     std::memset(&record, 0, sizeof record);
-    record.inputKind = 0;
+    record.inputKind = LUM_SAX_INPUT_FILE;
     record.fileName = options.file.c_str();
     record.flags = options.flags;
     record.entityExpansionLimit = options.limit;
@@ -167,7 +167,7 @@ int runSax(HostLibrary& library, const Arguments& arguments) {
     long events = 0;
     const auto started = std::chrono::steady_clock::now();
     int32_t result = x.lumSAXParseFirst(record);
-    while (result == 1) {
+    while (result == LUM_SAX_MORE) {
         if (const SaxEvent* event = record->eventHead) {
             ++events;
             if (options.countOnly) {

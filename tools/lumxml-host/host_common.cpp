@@ -22,7 +22,7 @@ bool initialise(HostLibrary& library, const std::string& codePage) {
         std::fprintf(stderr, "lumxml-host: the library has no lumInitParser\n");
         return false;
     }
-    char errorBuffer[257] = {0};
+    char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     int32_t found = x.lumInitParser(codePage.c_str(), errorBuffer, &errorCode);
     std::printf("init: code page %s %s, error code %d%s%s\n", codePage.c_str(),

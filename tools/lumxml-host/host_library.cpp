@@ -27,6 +27,7 @@ void* findSymbol(void* handle, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), name));
 }
 void closeLibrary(void* handle) { FreeLibrary(static_cast<HMODULE>(handle)); }
+std::string loadedFrom(void*, const std::string& path) { return path; }
 #else
 void* loadLibrary(const std::string& path, std::string& error) {
     void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -38,6 +39,13 @@ void* loadLibrary(const std::string& path, std::string& error) {
 }
 void* findSymbol(void* handle, const char* name) { return dlsym(handle, name); }
 void closeLibrary(void* handle) { dlclose(handle); }
+// The file the loader took for a library named by its SONAME alone.
+std::string loadedFrom(void* symbol, const std::string& path) {
+    Dl_info info;
+    if (symbol != nullptr && dladdr(symbol, &info) != 0 && info.dli_fname != nullptr)
+        return info.dli_fname;
+    return path;
+}
 #endif
 
 }  // namespace
@@ -63,13 +71,21 @@ bool HostLibrary::open(const std::string& path) {
     if (exports_.name != nullptr) ++found_;
 #include "export_names.inc"
 #undef LUMXML_HOST_EXPORT
+    path_ = loadedFrom(reinterpret_cast<void*>(exports_.lumInitParser), path);
     return true;
 }
 
 std::string defaultLibraryPath() {
     const char* fromEnvironment = std::getenv("LUMXML_LIBRARY");
     if (fromEnvironment != nullptr && *fromEnvironment != '\0') return fromEnvironment;
+#if defined(LUMXML_SONAME_LIBRARY)
+    // By its SONAME: the loader looks in the program's run path, which
+    // names the build folder in the build and the lib folder beside an
+    // installed program, so neither depends on where the other lies.
+    return LUMXML_SONAME_LIBRARY;
+#else
     return LUMXML_DEFAULT_LIBRARY;
+#endif
 }
 
 }  // namespace host

@@ -11,8 +11,6 @@ namespace host {
 
 namespace {
 
-constexpr uint32_t kValidate = 1;
-constexpr uint32_t kNamespacesOff = 2;
 
 const char* itemOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
 
@@ -47,7 +45,7 @@ bool readLoadOption(const std::vector<std::string>& arguments, size_t& i, LoadOp
 }
 
 bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument& loaded) {
-    char errorBuffer[257] = {0};
+    char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     x.lumInitDocument(&loaded.cell, 1, errorBuffer, &errorCode);
     if (errorCode != 0) {
@@ -55,12 +53,13 @@ bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument&
         loaded.message = errorBuffer;
         return false;
     }
-    uint32_t flags = (options.validate ? kValidate : 0) | (options.noNamespaces ? kNamespacesOff : 0);
+    uint32_t flags = (options.validate ? LUM_LOAD_VALIDATE : 0) |
+                     (options.noNamespaces ? LUM_LOAD_NO_NAMESPACES : 0);
     const char* locations[3] = {itemOrNull(options.searchDirectories),
                                 itemOrNull(options.schemaLocation),
                                 itemOrNull(options.noNamespaceSchemaLocation)};
-    char encoding[257] = {0};
-    x.lumDocLoad(&loaded.cell, flags, 0, encoding, options.file.c_str(), nullptr, 0, nullptr,
+    char encoding[LUM_ENCODING_BUFFER_SIZE] = {0};
+    x.lumDocLoad(&loaded.cell, flags, LUM_LOAD_FROM_FILE, encoding, options.file.c_str(), nullptr, 0, nullptr,
                  options.hasLimit ? &options.limit : nullptr, 0, locations, errorBuffer,
                  &errorCode);
     loaded.code = errorCode;
@@ -71,14 +70,14 @@ bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument&
 
 void deleteLikeAHost(const Exports& x, LoadedDocument& loaded) {
     if (loaded.cell == nullptr) return;
-    char errorBuffer[257] = {0};
+    char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     x.lumDocDelete(loaded.cell, errorBuffer, &errorCode);
     if (errorCode != 0) std::printf("delete: code %d, message: %s\n", errorCode, errorBuffer);
     loaded.cell = nullptr;
 }
 
-bool isFailingLoadCode(int32_t code) { return code != 0 && code != 8; }
+bool isFailingLoadCode(int32_t code) { return code != LUM_OK && code != LUM_ERR_PARSE_WARNING; }
 
 bool readLoadArguments(const char* command, const std::vector<std::string>& arguments,
                        std::string& codePage, LoadOptions& options, const ExtraArgument& extra) {

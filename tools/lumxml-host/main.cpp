@@ -16,7 +16,8 @@ void printUsage(std::FILE* out) {
                  "usage: lumxml-host [--library PATH] COMMAND [ARGUMENTS]\n"
                  "       lumxml-host --help\n\n"
                  "The library is PATH, else $LUMXML_LIBRARY, else the one built beside\n"
-                 "this program.\n\ncommands:\n");
+                 "this program (installed: liblumxml.so.1 from the prefix's lib folder).\n\n"
+                 "commands:\n");
     for (const Command& command : commands())
         std::fprintf(out, "  %s\n      %s\n", command.synopsis, command.description);
 }
