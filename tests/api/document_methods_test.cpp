@@ -1,14 +1,15 @@
 // Document methods (lumDocExecute), called as a host does.
+#include <cstdint>
 #include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "dom_peek.h"
 #include "host_documents.h"
 #include "host_methods.h"
 #include "host_test.h"
 #include "lumxml.h"
+#include "method_fixtures.h"
 
 using namespace lumtest;
 
@@ -20,9 +21,12 @@ protected:
     HostDocument document{1001};
 };
 
+class DocumentMethodsOnMixedContent : public MixedContentTree {};
+
 char* text(const char* value) { return const_cast<char*>(value); }
 
-// ---- method numbers --------------------------------------------------------
+
+// ---- method numbers ------------------------------------------------------------
 
 class DocumentMethodNumber : public DocumentMethods,
                              public ::testing::WithParamInterface<int32_t> {};
@@ -61,6 +65,28 @@ TEST_P(Deprecated, PointsToCreateNodeNamespaceWithCodeMinus1) {
 }
 
 INSTANTIATE_TEST_SUITE_P(DocumentMethods, Deprecated, ::testing::Values(24, 25));
+
+TEST_F(DocumentMethodsOnMixedContent, DocumentMethodNumbersFarOutOfRangeUseCodeFour) {
+    for (int32_t method : {-1, 40, 1000, INT32_MIN, INT32_MAX}) {
+        Answer answer = docCall(document.cell, method, {}, nullptr);
+        EXPECT_EQ(answer.code, 4) << method;
+        EXPECT_EQ(answer.message, "Invalid method number") << method;
+    }
+}
+
+TEST_F(DocumentMethodsOnMixedContent, RefusedDocumentMethodsSayNotValidOnXDocument) {
+    for (int32_t method : {3, 6, 12, 13, 14, 15, 16, 23, 26, 27, 28, 29, 34, 35, 36, 37, 38}) {
+        Answer answer = docCall(document.cell, method, {}, nullptr);
+        EXPECT_EQ(answer.code, -1) << method;
+        EXPECT_EQ(answer.message, "Method not valid on X-Document") << method;
+    }
+}
+
+TEST_F(DocumentMethodsOnMixedContent, DocumentMethodTwentyFiveIsDeprecatedLikeTwentyFour) {
+    Answer answer = docCall(document.cell, 25, {}, nullptr);
+    EXPECT_EQ(answer.code, -1);
+    EXPECT_EQ(answer.message, "This method is deprecated. Please use CREATE-NODE-NAMESPACE");
+}
 
 TEST_F(DocumentMethods, RefusedNumbersReadNoArgumentsAndNoDocument) {
     ErrorSlot error;
@@ -122,6 +148,22 @@ INSTANTIATE_TEST_SUITE_P(
         return "Type" + std::to_string(info.param.type);
     });
 
+TEST_F(DocumentMethodsOnMixedContent, CreatedTextCDataAndCommentNodesStartEmpty) {
+    for (int32_t type : {kText, kCData, kComment}) {
+        void* node = createNode(document.cell, "ignored", type);
+        ASSERT_NE(node, nullptr) << type;
+        EXPECT_EQ(typeOf(node), type);
+        EXPECT_EQ(valueOf(node), "") << type;
+    }
+}
+
+TEST_F(DocumentMethodsOnMixedContent, CreatedProcessingInstructionTakesTheNameAsTarget) {
+    void* pi = createNode(document.cell, "tgt", 7);
+    ASSERT_NE(pi, nullptr);
+    EXPECT_EQ(nameOf(pi), "tgt");
+    EXPECT_EQ(valueOf(pi), "");
+}
+
 TEST_F(DocumentMethods, Method1TypeMinus1WritesANullAddressAndNoError) {
     void* node = reinterpret_cast<void*>(1);
     int32_t type = -1;
@@ -140,6 +182,16 @@ TEST_F(DocumentMethods, Method1ElementWithEmptyOrNullNameIsAnInvalidCharacter) {
     EXPECT_EQ(docCall(document.cell, 1, {nullptr, &type}, &node).code, 6);
     type = 2;
     EXPECT_EQ(docCall(document.cell, 1, {nullptr, &type}, &node).code, 6);
+}
+
+TEST_F(DocumentMethodsOnMixedContent, CreateAttributeWithEmptyNameIsAnInvalidCharacter) {
+    const char* name = "";
+    int32_t type = kAttribute;
+    void* cell = marker();
+    Answer answer = docCall(document.cell, 1, {const_cast<char*>(name), &type}, &cell);
+    EXPECT_EQ(answer.code, 6);
+    EXPECT_EQ(answer.message, "An invalid character was specified");
+    EXPECT_EQ(cell, marker());
 }
 
 TEST_F(DocumentMethods, Method1DocumentTypeCodeIsNotSupported) {
@@ -169,7 +221,7 @@ TEST_F(DocumentMethods, Method1EntityReferenceWithABadNameIsADomError) {
     EXPECT_EQ(docCall(document.cell, 1, {text("1 bad"), &type}, &node).code, 6);
 }
 
-// ---- 4, 8, forwarded node methods ------------------------------------------------
+// ---- 4, 8, forwarded node methods ----------------------------------------------
 
 TEST_F(DocumentMethods, Method4IsNullWithoutDocumentElement) {
     void* element = reinterpret_cast<void*>(1);
@@ -191,6 +243,23 @@ TEST_F(DocumentMethods, Method8IndexZeroOnAnEmptyDocumentIsInvalid) {
     EXPECT_EQ(answer.code, 5);
     EXPECT_EQ(answer.message, "Invalid child index");
     EXPECT_EQ(child, nullptr);
+}
+
+TEST_F(DocumentMethodsOnMixedContent, DocumentChildIndexNegativeIsInvalidAndWritesNull) {
+    int32_t index = -1;
+    void* cell = marker();
+    Answer answer = docCall(document.cell, 8, {&index}, &cell);
+    EXPECT_EQ(answer.code, 5);
+    EXPECT_EQ(answer.message, "Invalid child index");
+    EXPECT_EQ(cell, nullptr);
+}
+
+TEST_F(DocumentMethodsOnMixedContent, DocumentChildIndexZeroIsTheRoot) {
+    int32_t index = 0;
+    void* cell = nullptr;
+    Answer answer = docCall(document.cell, 8, {&index}, &cell);
+    EXPECT_EQ(answer.code, 0);
+    EXPECT_EQ(cell, root);
 }
 
 TEST_F(DocumentMethods, Method8WalksTheDocumentsChildren) {
@@ -228,6 +297,25 @@ TEST_F(DocumentMethods, ForwardedMethodsActOnTheDocumentNode) {
     EXPECT_STREQ(value, "");
 }
 
+TEST_F(DocumentMethodsOnMixedContent, ForwardedMethodsAnswerForTheDocumentNode) {
+    int32_t count = -1;
+    EXPECT_EQ(docCall(document.cell, 5, {}, &count).code, 0);
+    EXPECT_EQ(count, 1);
+    int32_t type = 0;
+    EXPECT_EQ(docCall(document.cell, 18, {}, &type).code, 0);
+    EXPECT_EQ(type, 9);
+    char name[32] = "x";
+    int32_t limit = sizeof name;
+    EXPECT_EQ(docCall(document.cell, 21, {&limit}, name).code, 0);
+    EXPECT_STREQ(name, "#document");
+    void* parent = marker();
+    EXPECT_EQ(docCall(document.cell, 7, {}, &parent).code, 0);
+    EXPECT_EQ(parent, nullptr);
+    int64_t handle = 0;
+    EXPECT_EQ(docCall(document.cell, 17, {}, &handle).code, 0);
+    EXPECT_EQ(handle, 4242);
+}
+
 TEST_F(DocumentMethods, ForwardedTreeMethodsChangeTheDocument) {
     void* element = createNode(document.cell, "made", 1);
     EXPECT_EQ(docCall(document.cell, 2, {element, nullptr}, nullptr).code, 0);
@@ -251,11 +339,43 @@ TEST_F(DocumentMethods, ForwardedTreeMethodsChangeTheDocument) {
     static_cast<XERCES_CPP_NAMESPACE::DOMNode*>(copy)->release();
 }
 
+TEST_F(DocumentMethodsOnMixedContent, DocumentRefusesASecondRootThroughForwardedInsert) {
+    void* second = createNode(document.cell, "second", kElement);
+    Answer answer = docCall(document.cell, 2, {second, nullptr}, nullptr);
+    EXPECT_EQ(answer.code, 6);
+    EXPECT_EQ(answer.message, "A node was inserted where it doesn't belong");
+    int32_t count = 0;
+    docCall(document.cell, 5, {}, &count);
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(DocumentMethodsOnMixedContent, ForwardedRemoveAndReplaceOnTheDocument) {
+    void* other = createNode(document.cell, "other", kElement);
+    ASSERT_EQ(docCall(document.cell, 11, {other, root}, nullptr).code, 0);
+    EXPECT_EQ(documentElementOf(document.cell), other);
+    ASSERT_EQ(docCall(document.cell, 10, {other}, nullptr).code, 0);
+    EXPECT_EQ(documentElementOf(document.cell), nullptr);
+    int32_t index = 0;
+    void* cell = marker();
+    EXPECT_EQ(docCall(document.cell, 8, {&index}, &cell).code, 5);
+    EXPECT_EQ(cell, nullptr);
+}
+
 TEST_F(DocumentMethods, ForwardedSetValueOnTheDocumentIsIgnored) {
     EXPECT_EQ(docCall(document.cell, 20, {text("v")}, nullptr).code, 0);
 }
 
-// ---- 22 --------------------------------------------------------------------------
+TEST_F(DocumentMethodsOnMixedContent, ForwardedValueMethodsOnTheDocumentNode) {
+    char out[8] = "keep";
+    int32_t limit = 8;
+    EXPECT_EQ(docCall(document.cell, 19, {&limit}, out).code, 0);
+    EXPECT_STREQ(out, "");
+    EXPECT_EQ(docCall(document.cell, 20, {const_cast<char*>("v")}, nullptr).code, 0);
+    EXPECT_EQ(docCall(document.cell, 19, {&limit}, out).code, 0);
+    EXPECT_STREQ(out, "");
+}
+
+// ---- 22 ------------------------------------------------------------------------
 
 TEST_F(DocumentMethods, Method22ImportsShallowAndDeep) {
     HostDocument other;
@@ -274,6 +394,21 @@ TEST_F(DocumentMethods, Method22ImportsShallowAndDeep) {
     EXPECT_EQ(childCountOf(copy), 0);
 }
 
+TEST_F(DocumentMethodsOnMixedContent, ImportNodeShallowCopiesNoChildren) {
+    HostDocument other;
+    int32_t deep = 0;
+    void* copy = nullptr;
+    Answer answer = docCall(other.cell, 22, {root, &deep}, &copy);
+    ASSERT_EQ(answer.code, 0) << answer.message;
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(nameOf(copy), "r");
+    EXPECT_EQ(childCountOf(copy), 0);
+    deep = 1;
+    answer = docCall(other.cell, 22, {root, &deep}, &copy);
+    ASSERT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(childCountOf(copy), 4);
+}
+
 TEST_F(DocumentMethods, Method22OfADocumentIsUnexpected) {
     HostDocument other;
     void* copy = reinterpret_cast<void*>(1);
@@ -283,7 +418,7 @@ TEST_F(DocumentMethods, Method22OfADocumentIsUnexpected) {
     EXPECT_EQ(answer.message, "Unexpected exception");
 }
 
-// ---- 30 --------------------------------------------------------------------------
+// ---- 30 ------------------------------------------------------------------------
 
 TEST_F(DocumentMethods, Method30CreatesNamespacedElementsAndAttributes) {
     void* element = nullptr;
@@ -309,12 +444,17 @@ TEST_F(DocumentMethods, Method30TypeMinus1WritesNothing) {
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
 }
 
-TEST_F(DocumentMethods, Method30OtherTypesAreNotValidOnTheNodeType) {
-    void* node = reinterpret_cast<void*>(1);
-    int32_t type = 3;
-    Answer answer = docCall(document.cell, 30, {text("urn:a"), text("p:el"), &type}, &node);
-    EXPECT_EQ(answer.code, 7);
-    EXPECT_EQ(answer.message, "Method not valid on the Node type");
+TEST_F(DocumentMethodsOnMixedContent, CreateNodeWithNamespaceRefusesOtherTypes) {
+    const char* uri = "urn:u";
+    const char* qname = "p:e";
+    for (int32_t type : {0, 3, 8, 9}) {
+        void* cell = marker();
+        Answer answer = docCall(document.cell, 30,
+                                {const_cast<char*>(uri), const_cast<char*>(qname), &type}, &cell);
+        EXPECT_EQ(answer.code, 7) << type;
+        EXPECT_EQ(answer.message, "Method not valid on the Node type") << type;
+        EXPECT_EQ(cell, marker()) << type;
+    }
 }
 
 TEST_F(DocumentMethods, Method30NamespaceErrorReachesTheHostAsNotInitializedWithCode6) {
@@ -324,6 +464,44 @@ TEST_F(DocumentMethods, Method30NamespaceErrorReachesTheHostAsNotInitializedWith
     EXPECT_EQ(answer.code, 6);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
+}
+
+TEST_F(DocumentMethodsOnMixedContent, CreateNodeWithNamespaceMakesAttributesWithPrefixAndUri) {
+    const char* uri = "urn:u";
+    const char* qname = "p:at";
+    int32_t type = kAttribute;
+    void* attr = nullptr;
+    Answer answer = docCall(document.cell, 30,
+                            {const_cast<char*>(uri), const_cast<char*>(qname), &type}, &attr);
+    ASSERT_EQ(answer.code, 0) << answer.message;
+    ASSERT_NE(attr, nullptr);
+    EXPECT_EQ(typeOf(attr), kAttribute);
+    char text[64] = "";
+    int32_t limit = sizeof text;
+    nodeCall(attr, 26, {&limit}, text);
+    EXPECT_STREQ(text, "urn:u");
+    nodeCall(attr, 27, {&limit}, text);
+    EXPECT_STREQ(text, "p");
+    nodeCall(attr, 28, {&limit}, text);
+    EXPECT_STREQ(text, "at");
+}
+
+// Unlike method 1, method 30 writes the new address whatever the host's
+// code holds; and a success leaves the host's buffer and code as they were.
+TEST_F(DocumentMethodsOnMixedContent, CreateNodeWithNamespaceWritesEvenWhileTheHostCodeIsSet) {
+    const char* uri = "urn:u";
+    const char* qname = "e";
+    int32_t type = kElement;
+    void* args[] = {const_cast<char*>(uri), const_cast<char*>(qname), &type};
+    void* cell = nullptr;
+    ErrorSlot slot;
+    std::strcpy(slot.buffer, "host text");
+    slot.code = 99;
+    lumDocExecute(document.cell, 30, args, &cell, slot.buffer, &slot.code);
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(nameOf(cell), "e");
+    EXPECT_EQ(slot.code, 99);
+    EXPECT_EQ(slot.text(), "host text");
 }
 
 // ---- deleting after the document's own children were juggled ----------------------
@@ -347,7 +525,7 @@ TEST_F(DocumentMethods, DeleteAfterReplacingTheDocumentTypeByItselfSucceeds) {
     EXPECT_EQ(slot.text(), "");
 }
 
-// ---- 31, 32, 33 --------------------------------------------------------------------
+// ---- 31, 32, 33 ----------------------------------------------------------------
 
 TEST_F(DocumentMethods, Method31ReplacesTheDocumentAndMovesTheRecord) {
     void* made = nullptr;
@@ -381,6 +559,20 @@ TEST_F(DocumentMethods, Method31FailureWritesNullAndKeepsTheDocument) {
     answer = docCall(document.cell, 31, {nullptr, text("1bad"), nullptr, nullptr}, &made);
     EXPECT_EQ(answer.code, 6);
     EXPECT_EQ(answer.message, "An invalid character was specified");
+}
+
+TEST_F(DocumentMethodsOnMixedContent, NewDocumentWithBadNameLeavesTheOldDocument) {
+    const char* qname = "1bad";
+    void* made = marker();
+    Answer answer = docCall(document.cell, 31, {nullptr, const_cast<char*>(qname), nullptr, nullptr},
+                            &made);
+    EXPECT_EQ(answer.code, 6);
+    EXPECT_EQ(answer.message, "An invalid character was specified");
+    EXPECT_EQ(made, nullptr);
+    EXPECT_EQ(documentElementOf(document.cell), root);
+    int64_t handle = 0;
+    EXPECT_EQ(nodeCall(root, 17, {}, &handle).code, 0);
+    EXPECT_EQ(handle, 4242);
 }
 
 TEST_F(DocumentMethods, Method32WithoutDocumentTypeGivesTheEmptyString) {
@@ -433,6 +625,58 @@ TEST_F(DocumentMethods, MissingIdWithLimitZeroIsTooLong) {
     limit = 1;
     EXPECT_EQ(docCall(document.cell, 33, {&limit}, id).code, 0);
     EXPECT_STREQ(id, "");
+}
+
+class NewDocumentWithType : public DocumentMethodsOnMixedContent {
+protected:
+    void makeDocument(const char* publicId, const char* systemId) {
+        const char* uri = "urn:u";
+        const char* qname = "top";
+        void* made = marker();
+        Answer answer = docCall(document.cell, 31,
+                                {const_cast<char*>(uri), const_cast<char*>(qname),
+                                 const_cast<char*>(publicId), const_cast<char*>(systemId)},
+                                &made);
+        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_NE(made, nullptr);
+        document.cell = made;
+    }
+    Answer id(int32_t method, int32_t limit, char* out) {
+        return docCall(document.cell, method, {&limit}, out);
+    }
+};
+
+TEST_F(NewDocumentWithType, DocumentTypeIdsAreReadBack) {
+    makeDocument("pub", "sys");
+    char out[16] = "junk";
+    EXPECT_EQ(id(32, 16, out).code, 0);
+    EXPECT_STREQ(out, "pub");
+    EXPECT_EQ(id(33, 16, out).code, 0);
+    EXPECT_STREQ(out, "sys");
+    EXPECT_EQ(nameOf(documentElementOf(document.cell)), "top");
+}
+
+// The limit is the buffer's capacity with its NUL: three units need four.
+TEST_F(NewDocumentWithType, DocumentTypeIdAsLongAsTheLimitIsTooLong) {
+    makeDocument("pub", "sys");
+    char out[16] = "junk";
+    Answer answer = id(32, 3, out);
+    EXPECT_EQ(answer.code, 12);
+    EXPECT_EQ(answer.message, "String length too long");
+    EXPECT_STREQ(out, "");
+    EXPECT_EQ(id(33, 4, out).code, 0);
+    EXPECT_STREQ(out, "sys");
+}
+
+TEST_F(NewDocumentWithType, MissingIdWithLimitZeroIsTooLong) {
+    makeDocument(nullptr, nullptr);
+    char out[4] = "xy";
+    Answer answer = id(32, 0, out);
+    EXPECT_EQ(answer.code, 12);
+    EXPECT_EQ(answer.message, "String length too long");
+    EXPECT_STREQ(out, "");
+    EXPECT_EQ(id(33, 1, out).code, 0);
+    EXPECT_STREQ(out, "");
 }
 
 }  // namespace

@@ -1,12 +1,16 @@
 // Making, loading and deleting documents as a host does.
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include <xercesc/sax/InputSource.hpp>
+
 #include "dom_peek.h"
 #include "host_documents.h"
+#include "host_methods.h"
 #include "host_test.h"
 #include "lumxml.h"
 
@@ -19,6 +23,37 @@ protected:
     void SetUp() override { initLibraryOnce(); }
     TempDir dir;
 };
+
+// True when `text` is well-formed UTF-8 (no character cut in half).
+bool isWholeUtf8(const std::string& text) {
+    size_t i = 0;
+    while (i < text.size()) {
+        unsigned char lead = static_cast<unsigned char>(text[i]);
+        size_t length = lead < 0x80 ? 1 : (lead >> 5) == 6 ? 2 : (lead >> 4) == 14 ? 3
+                                        : (lead >> 3) == 30 ? 4 : 0;
+        if (length == 0 || i + length > text.size()) return false;
+        for (size_t k = 1; k < length; ++k)
+            if ((static_cast<unsigned char>(text[i + k]) >> 6) != 2) return false;
+        i += length;
+    }
+    return true;
+}
+
+// The system id of a source that lumCreateInputSource made, which the host
+// then deletes as its owner. The test does not link Xerces: the type check
+// of the undefined-behaviour sanitizer would need Xerces' type information.
+__attribute__((no_sanitize("vptr"))) std::string systemIdOfAndDelete(void* made) {
+    auto* source = static_cast<XERCES_CPP_NAMESPACE::InputSource*>(made);
+    std::string id = utf8(source->getSystemId());
+    delete source;
+    return id;
+}
+
+std::string repeated(const std::string& piece, size_t times) {
+    std::string out;
+    for (size_t i = 0; i < times; ++i) out += piece;
+    return out;
+}
 
 TEST_F(Documents, InitDocumentMakesAnEmptyDocumentCarryingTheHostHandle) {
     HostDocument document(777);
@@ -43,6 +78,18 @@ TEST_F(Documents, InitDocumentWritesNoErrorAndLeavesTheCodeAlone) {
     EXPECT_EQ(deleteError.code, 0);
 }
 
+TEST_F(Documents, InitDocumentAndDeleteNeverTouchABufferOnSuccess) {
+    char buffer[257];
+    std::memset(buffer, 0x33, sizeof buffer);
+    int32_t code = -9;
+    void* cell = nullptr;
+    lumInitDocument(&cell, 5, buffer, &code);
+    ASSERT_NE(cell, nullptr);
+    lumDocDelete(cell, buffer, &code);
+    EXPECT_EQ(code, -9);
+    for (size_t i = 0; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0x33) << "byte " << i;
+}
+
 TEST_F(Documents, LoadedFileReplacesTheDocumentAndTakesOverTheHostRecord) {
     HostDocument document(31337);
     void* before = document.cell;
@@ -65,6 +112,42 @@ TEST_F(Documents, LoadingTwiceKeepsTheRecordMoving) {
     EXPECT_EQ(hostRecord(document.cell)->hostHandle, 9);
 }
 
+TEST_F(Documents, ReloadedDocumentStillAnswersTheHostHandle) {
+    HostDocument document(31337);
+    document.loadMemory("<a/>");
+    document.loadMemory("<b><c/></b>");
+    int64_t handle = 0;
+    void* c = childOf(documentElementOf(document.cell), 0);
+    EXPECT_EQ(nodeCall(c, 17, {}, &handle).code, 0);
+    EXPECT_EQ(handle, 31337);
+}
+
+TEST_F(Documents, SuccessfulLoadLeavesEveryBufferByteAndThePresetCodeAlone) {
+    HostDocument document;
+    char buffer[257];
+    std::memset(buffer, 0x5A, sizeof buffer);
+    int32_t code = 77;
+    char encoding[257] = {0};
+    const std::string bytes = "<a/>";
+    lumDocLoad(&document.cell, 0, 1, encoding, nullptr, bytes.data(),
+               static_cast<uint32_t>(bytes.size()), nullptr, nullptr, 0, nullptr, buffer, &code);
+    EXPECT_EQ(code, 77);
+    for (size_t i = 0; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0x5A) << "byte " << i;
+    EXPECT_EQ(nameOf(documentElement(document.cell)), "a");
+}
+
+TEST_F(Documents, FailureOverwritesAPresetCodeAndEndsTheTextWithItsNul) {
+    HostDocument document;
+    char buffer[257];
+    std::memset(buffer, 'Z', sizeof buffer);
+    int32_t code = 77;
+    char encoding[257] = {0};
+    lumDocLoad(&document.cell, 0, 5, encoding, nullptr, nullptr, 0, nullptr, nullptr, 0, nullptr,
+               buffer, &code);
+    EXPECT_EQ(code, -1);
+    EXPECT_STREQ(buffer, "Not supported");
+}
+
 TEST_F(Documents, WarningOnlyLoadReplacesTheDocumentAndAnswersCode8) {
     HostDocument document;
     void* before = document.cell;
@@ -76,6 +159,15 @@ TEST_F(Documents, WarningOnlyLoadReplacesTheDocumentAndAnswersCode8) {
     EXPECT_NE(document.cell, before);
     EXPECT_EQ(nameOf(documentElement(document.cell)), "a");
     EXPECT_EQ(hostRecord(document.cell)->hostHandle, 4242);
+}
+
+TEST_F(Documents, WarningFollowedByAFatalErrorKeepsOnlyTheWarning) {
+    HostDocument document;
+    LoadAnswer answer = document.loadMemory(
+        "<!DOCTYPE a [<!ELEMENT a ANY><!ATTLIST a x CDATA #IMPLIED x CDATA #IMPLIED>]><a></b>");
+    EXPECT_EQ(answer.code, 8);
+    EXPECT_EQ(answer.message, "WARNING: file 'MEMPTR', line '1', column '60', message "
+                              "'attribute 'x' has already been declared for element 'a''");
 }
 
 TEST_F(Documents, FatalErrorAdoptsThePartlyBuiltDocumentWithCode10) {
@@ -91,6 +183,52 @@ TEST_F(Documents, FatalErrorAdoptsThePartlyBuiltDocumentWithCode10) {
     EXPECT_EQ(nameOf(documentElement(document.cell)->getFirstChild()), "b");
     EXPECT_EQ(textOf(documentElement(document.cell)), "textmore");
     EXPECT_EQ(hostRecord(document.cell)->hostHandle, 4242);
+}
+
+TEST_F(Documents, FatalErrorLineNamesTheFileLineAndColumn) {
+    HostDocument document;
+    std::string path = dir.write("two-lines.xml", "<a>\n  <b></c></a>");
+    LoadAnswer answer = document.loadFile(path);
+    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "', line '2', column '", 0), 0u)
+        << answer.message;
+    const std::string tail = "', message 'expected end of tag 'b''";
+    ASSERT_GT(answer.message.size(), tail.size());
+    EXPECT_EQ(answer.message.substr(answer.message.size() - tail.size()), tail);
+}
+
+TEST_F(Documents, LongFatalMessageEndsAtCharacter256WithDotsAndTheClosingQuote) {
+    HostDocument document;
+    std::string name = repeated("n", 400);
+    LoadAnswer answer = document.loadMemory("<" + name + "></x>");
+    EXPECT_EQ(answer.code, 10);
+    ASSERT_EQ(answer.message.size(), 256u) << answer.message;
+    std::string prefix = "FATAL ERROR: file 'MEMPTR', line '1', column '" +
+                         std::to_string(name.size() + 5) + "', message ";
+    EXPECT_EQ(answer.message.rfind(prefix + "'expected end of tag 'nnn", 0), 0u) << answer.message;
+    EXPECT_EQ(answer.message.substr(252), "...'");
+}
+
+TEST_F(Documents, LongFatalMessageIsNeverCutInsideACharacter) {
+    // Two names whose cut falls on either byte of a two-byte character.
+    for (const std::string& lead : {std::string(), std::string("n")}) {
+        HostDocument document;
+        std::string name = lead + repeated("\xC3\xA9", 200);
+        LoadAnswer answer = document.loadMemory("<" + name + "></x>");
+        EXPECT_EQ(answer.code, 10);
+        EXPECT_LE(answer.message.size(), 256u);
+        EXPECT_TRUE(isWholeUtf8(answer.message)) << answer.message;
+        EXPECT_EQ(answer.message.substr(answer.message.size() - 4), "...'") << answer.message;
+    }
+}
+
+TEST_F(Documents, PercentSignsInAFileNameReachTheReporterLineVerbatim) {
+    HostDocument document;
+    std::string path = dir.write("p%d%s%%.xml", "<a></b>");
+    LoadAnswer answer = document.loadFile(path);
+    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "', line '1', column '", 0), 0u)
+        << answer.message;
 }
 
 TEST_F(Documents, MissingFileIsAFatalErrorAndKeepsTheOldDocument) {
@@ -244,6 +382,47 @@ TEST_F(Documents, ValidationFlagReportsAnUndeclaredElementAsCode9) {
     EXPECT_EQ(lax.loadMemory("<a/>").code, 0);
 }
 
+TEST_F(Documents, ValidationErrorIsOnlyTheQuotedMessageAndPrintsNothing) {
+    HostDocument document;
+    testing::internal::CaptureStdout();
+    LoadAnswer answer =
+        document.loadMemory("<!DOCTYPE a [<!ELEMENT a EMPTY>]><a><b/></a>", 1);
+    std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(answer.code, 9);
+    ASSERT_FALSE(answer.message.empty());
+    EXPECT_EQ(answer.message.front(), '\'');
+    EXPECT_EQ(answer.message.back(), '\'');
+    EXPECT_EQ(answer.message.find("ERROR:"), std::string::npos) << answer.message;
+    EXPECT_EQ(printed, "");
+    // The document the parser built replaces the host's.
+    EXPECT_EQ(nameOf(documentElementOf(document.cell)), "a");
+}
+
+TEST_F(Documents, EntityExpansionLimitZeroMakesAFileLoadFatal) {
+    HostDocument document;
+    std::string path =
+        dir.write("ent.xml", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;&e;</a>");
+    int32_t limit = 0;
+    LoadArgs args;
+    args.fileName = path.c_str();
+    args.entityExpansionLimit = &limit;
+    LoadAnswer answer = document.load(args);
+    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "'", 0), 0u) << answer.message;
+}
+
+TEST_F(Documents, NegativeExpansionLimitIsSignExtendedToNoLimit) {
+    HostDocument document;
+    int32_t limit = -1;
+    LoadArgs args;
+    args.sourceKind = 1;
+    args.memory = "<!DOCTYPE a [<!ENTITY e 'x'>]><a>" + repeated("&e;", 100) + "</a>";
+    args.entityExpansionLimit = &limit;
+    LoadAnswer answer = document.load(args);
+    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(nameOf(documentElementOf(document.cell)), "a");
+}
+
 // ---- encodingOut -----------------------------------------------------------
 
 TEST_F(Documents, EncodingOfUtf8DocumentWithDeclaration) {
@@ -291,6 +470,14 @@ TEST_F(Documents, EncodingOfDeclaredButUndetectedNameIsKept) {
     EXPECT_EQ(answer.encoding, "US-ASCII");
 }
 
+TEST_F(Documents, EncodingOfADocumentDeclaredInAnotherCaseIsReported) {
+    HostDocument document;
+    LoadAnswer answer = document.loadMemory("<?xml version='1.0' encoding='utf-8'?><a/>");
+    EXPECT_EQ(answer.code, 0);
+    EXPECT_FALSE(answer.encoding.empty());
+    EXPECT_LE(answer.encoding.size(), 256u);
+}
+
 // ---- lumDocDelete and lumCreateInputSource --------------------------------
 
 TEST_F(Documents, DeleteOfALoadedDocumentWritesNoError) {
@@ -316,6 +503,27 @@ TEST_F(Documents, CreateInputSourceWithEmptyNameAndZeroLengthIsNull) {
     EXPECT_EQ(lumCreateInputSource("", "<a/>", 0), nullptr);
     EXPECT_EQ(lumCreateInputSource(nullptr, nullptr, 0), nullptr);
     EXPECT_EQ(lumCreateInputSource(nullptr, "<a/>", -4), nullptr);
+}
+
+TEST_F(Documents, InputSourceWithNothingIsNull) {
+    const char bytes[] = "<m/>";
+    EXPECT_EQ(lumCreateInputSource(nullptr, nullptr, 4), nullptr);
+    EXPECT_EQ(lumCreateInputSource(nullptr, bytes, 0), nullptr);
+}
+
+TEST_F(Documents, InputSourceWithFileNameAndMemoryIsTheFile) {
+    std::string path = dir.write("source.xml", "<a/>");
+    const char bytes[] = "<m/>";
+    void* source = lumCreateInputSource(path.c_str(), bytes, 4);
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(systemIdOfAndDelete(source), path);
+}
+
+TEST_F(Documents, InputSourceOverMemoryIsNamedMEMPTR) {
+    const char bytes[] = "<m/>";
+    void* source = lumCreateInputSource("", bytes, 4);
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(systemIdOfAndDelete(source), "MEMPTR");
 }
 
 }  // namespace

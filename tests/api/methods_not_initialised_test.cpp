@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host_methods.h"
 #include "host_test.h"
 #include "lumxml.h"
 
@@ -34,5 +35,13 @@ TEST_P(MethodsNotInitialised, DocumentMethodAnswersNotInitializedWithCode2) {
 
 // Every number of both tables, and numbers outside them.
 INSTANTIATE_TEST_SUITE_P(EveryNumber, MethodsNotInitialised, ::testing::Range(-1, 42));
+
+// The start is checked before the document handle is looked at.
+TEST(DocumentMethodsNotInitialised, BogusDocumentHandleIsNeverRead) {
+    int32_t result = 0;
+    Answer answer = docCall(reinterpret_cast<void*>(0x1234), 4, {}, &result);
+    EXPECT_EQ(answer.code, 2);
+    EXPECT_EQ(answer.message, "XML Parser not initialized");
+}
 
 }  // namespace

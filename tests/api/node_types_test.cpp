@@ -1,5 +1,6 @@
 // lumTypeToChar and lumTypeToInt, called as a host does (no initialisation).
 #include <cctype>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -37,19 +38,6 @@ TEST(NodeTypes, EmptyOrBlankPaddedNameIsUnknown) {
     EXPECT_EQ(lumTypeToInt("NODE"), -1);
 }
 
-TEST(NodeTypes, UnknownCodeWritesInvalidNodeType) {
-    EXPECT_EQ(typeName(0), "Invalid node type");
-    EXPECT_EQ(typeName(13), "Invalid node type");
-    EXPECT_EQ(typeName(-1), "Invalid node type");
-}
-
-TEST(NodeTypes, KnownCodesWriteTheirNames) {
-    EXPECT_EQ(typeName(9), "DOCUMENT");
-    EXPECT_EQ(typeName(7), "PROCESSING-INSTRUCTION");
-    EXPECT_EQ(typeName(1), "ELEMENT");
-    EXPECT_EQ(typeName(12), "NOTATION");
-}
-
 TEST(NodeTypes, LongestNameFitsTwentyThreeBytes) {
     char name[23];
     lumTypeToChar(7, name);
@@ -70,6 +58,37 @@ TEST(NodeTypes, EveryNameRoundTripsToUpperCase) {
         int32_t found = lumTypeToInt(lower.c_str());
         EXPECT_EQ(found, code) << lower;
         EXPECT_EQ(typeName(found), names[code - 1]);
+    }
+}
+
+TEST(NodeTypes, TypeNamesAreTheTwelveOfTheTable) {
+    const char* names[] = {"ELEMENT", "ATTRIBUTE", "TEXT", "CDATA-SECTION", "ENTITY-REFERENCE",
+                           "ENTITY", "PROCESSING-INSTRUCTION", "COMMENT", "DOCUMENT",
+                           "DOCUMENT-TYPE", "DOCUMENT-FRAGMENT", "NOTATION"};
+    for (int32_t code = 1; code <= 12; ++code) {
+        char name[23];
+        std::memset(name, 'Z', sizeof name);
+        lumTypeToChar(code, name);
+        EXPECT_STREQ(name, names[code - 1]);
+        EXPECT_EQ(lumTypeToInt(names[code - 1]), code);
+    }
+}
+
+TEST(NodeTypes, TypeNameMatchIsAsciiCaseFoldingOnly) {
+    EXPECT_EQ(lumTypeToInt("processing-instruction"), 7);
+    EXPECT_EQ(lumTypeToInt("Cdata-Section"), 4);
+    EXPECT_EQ(lumTypeToInt("TEXT "), -1);
+    EXPECT_EQ(lumTypeToInt("ELEMENTS"), -1);
+    EXPECT_EQ(lumTypeToInt("ELEMEN"), -1);
+    EXPECT_EQ(lumTypeToInt("CDATA_SECTION"), -1);
+}
+
+TEST(NodeTypes, UnknownTypeCodesWriteTheRefusalText) {
+    for (int32_t code : {0, 13, -1, 100, INT32_MIN, INT32_MAX}) {
+        char name[23];
+        std::memset(name, 'Z', sizeof name);
+        lumTypeToChar(code, name);
+        EXPECT_STREQ(name, "Invalid node type");
     }
 }
 

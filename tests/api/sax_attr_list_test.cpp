@@ -4,6 +4,7 @@
 // uri@16, type@24, value@32 (40 bytes).
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -319,6 +320,64 @@ TEST_F(AttributeLists, NegativeCapacityGivesAnEmptyList) {
     EXPECT_EQ(entriesOf(list), nullptr);
     lumSAXInsertAttribute(&list, "a", "b", nullptr, nullptr);
     EXPECT_EQ(capacityOf(list), 10);
+}
+
+// ---- growth, null values and names the host gives --------------------------------
+
+TEST_F(AttributeLists, GrownListKeepsTheEntriesBeyondCountEmpty) {
+    SaxAttrList* list = nullptr;
+    for (int i = 0; i < 11; ++i) {
+        lumSAXInsertAttribute(&list, ("p:n" + std::to_string(i)).c_str(), "v", nullptr, nullptr);
+    }
+    ASSERT_NE(list, nullptr);
+    const auto* raw = reinterpret_cast<const unsigned char*>(list);
+    EXPECT_EQ(readAt<int32_t>(raw, 0), 15);
+    EXPECT_EQ(readAt<int32_t>(raw, 4), 11);
+    const auto* entries = readAt<const unsigned char*>(raw, 8);
+    for (int i = 11; i < 15; ++i) {
+        for (size_t field = 0; field < 40; field += 8) {
+            EXPECT_EQ(readAt<void*>(entries + 40 * i, field), nullptr) << i << "/" << field;
+        }
+    }
+    EXPECT_STREQ(stringAt(entries + 40 * 10, 0), "n10");
+    lumSAXDeleteAttrList(list);
+}
+
+TEST_F(AttributeLists, InsertIntoAListWithRoomDoesNotGrow) {
+    SaxAttrList* list = lumSAXNewAttrList(5);
+    const auto* raw = reinterpret_cast<const unsigned char*>(list);
+    const void* before = readAt<void*>(raw, 8);
+    lumSAXInsertAttribute(&list, "a", "1", "urn:x", "CDATA");
+    EXPECT_EQ(readAt<int32_t>(raw, 0), 5);
+    EXPECT_EQ(readAt<int32_t>(raw, 4), 1);
+    EXPECT_EQ(readAt<void*>(raw, 8), before);
+    const auto* entry = readAt<const unsigned char*>(raw, 8);
+    EXPECT_STREQ(stringAt(entry, 16), "urn:x");
+    EXPECT_STREQ(stringAt(entry, 24), "CDATA");
+    lumSAXDeleteAttrList(list);
+}
+
+TEST_F(AttributeLists, SettingANullValueStoresNullAndAnswersIt) {
+    SaxAttribute entry;
+    std::memset(&entry, 0, sizeof entry);
+    lumSAXSetAttribute(&entry, "q:n", nullptr, nullptr, nullptr);
+    EXPECT_STREQ(stringAt(&entry, 0), "n");
+    EXPECT_STREQ(stringAt(&entry, 8), "q:n");
+    EXPECT_EQ(stringAt(&entry, 32), nullptr);
+    lumSAXSetAttributeValue(&entry, "x");
+    EXPECT_STREQ(stringAt(&entry, 32), "x");
+    EXPECT_EQ(lumSAXSetAttributeValue(&entry, nullptr), nullptr);
+    EXPECT_EQ(stringAt(&entry, 32), nullptr);
+    lumSAXClearAttribute(&entry);
+    for (size_t field = 0; field < 40; field += 8) EXPECT_EQ(readAt<void*>(&entry, field), nullptr);
+}
+
+TEST_F(AttributeLists, LocalNameCutsAtTheFirstOfSeveralColons) {
+    SaxAttrList* list = nullptr;
+    lumSAXInsertAttribute(&list, "a:b:c", "v", nullptr, nullptr);
+    const auto* entries = readAt<const unsigned char*>(list, 8);
+    EXPECT_STREQ(stringAt(entries, 0), "b:c");
+    lumSAXDeleteAttrList(list);
 }
 
 }  // namespace

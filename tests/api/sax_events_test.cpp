@@ -3,6 +3,7 @@
 // the line and column the instance holds for it.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,13 @@ using lumtest::kNoNamespaces;
 using lumtest::kValidate;
 using lumtest::HostRecord;
 using lumtest::drain;
+using lumtest::noLocation;
+using lumtest::readAt;
+using lumtest::restWithoutLocation;
+using lumtest::stringAt;
+using lumtest::writeAt;
+namespace evt = lumtest::evt;
+namespace rec = lumtest::rec;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -367,6 +375,120 @@ TEST_F(SaxEvents, NoEventIsDeliveredTwice) {
                           "EndDocument/0",
                           "result 0 code 0 ",
                       }));
+}
+
+// ---- handlers -------------------------------------------------------------------------
+
+TEST_F(SaxEvents, EventsCarryTheLibrarysNamesAndTheirArgCounts) {
+    HostRecord record;
+    record.setMemory("<?t d?><r>x</r>");
+    ASSERT_EQ(record.first(), 1);
+    std::vector<std::string> seen;
+    int32_t result = 1;
+    while (result == 1 && record.head() != nullptr) {
+        const unsigned char* e = record.head();
+        seen.push_back(std::to_string(lumtest::eventKind(e)) + " " + lumtest::eventName(e) + " " +
+                       std::to_string(readAt<uint32_t>(e, evt::kArgCount)));
+        result = record.next();
+    }
+    EXPECT_EQ(seen, (std::vector<std::string>{
+                        "1 StartDocument 0",
+                        "9 ProcessingInstruction 2",
+                        "5 StartElement 4",
+                        "7 Characters 2",
+                        "6 EndElement 3",
+                        "2 EndDocument 0",
+                    }));
+}
+
+TEST_F(SaxEvents, ProcessingInstructionDataIsTheTextAfterTheTarget) {
+    HostRecord record;
+    record.setMemory("<r><?target some data?></r>");
+    const Events events = lumtest::drain(record, noLocation());
+    EXPECT_EQ(events[2], "ProcessingInstruction/2 \"target\" \"some data\"");
+}
+
+// Only the text "EMPTY" becomes null: the default namespace's prefix is ""
+// at both ends of its scope.
+TEST_F(SaxEvents, DefaultNamespacePrefixIsTheEmptyStringAtBothEnds) {
+    HostRecord record;
+    record.setMemory("<r xmlns='u'/>");
+    const Events events = lumtest::drain(record, noLocation());
+    EXPECT_EQ(events, (Events{
+                          "StartDocument/0",
+                          "StartPrefixMapping/2 \"\" \"u\"",
+                          "StartElement/4 \"u\" \"r\" \"r\" [0/0 no-array]",
+                          "EndElement/3 \"u\" \"r\" \"r\"",
+                          "EndPrefixMapping/1 \"\"",
+                          "EndDocument/0",
+                          "result 0 code 0 ",
+                      }));
+}
+
+TEST_F(SaxEvents, AttributeListOfAnEventLiesInPlaceInArgFourAndFive) {
+    HostRecord record;
+    record.setMemory("<r a='1' b='2'/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    const unsigned char* e = record.head();
+    ASSERT_EQ(lumtest::eventKind(e), 5u);
+    // capacity and count share arg4; arg5 is the entries pointer.
+    EXPECT_EQ(readAt<int32_t>(e, evt::kArg4), 3);
+    EXPECT_EQ(readAt<int32_t>(e, evt::kArg4 + 4), 2);
+    const auto* entries = readAt<const unsigned char*>(e, evt::kArg5);
+    ASSERT_NE(entries, nullptr);
+    EXPECT_STREQ(stringAt(entries, 0), "a");        // localName
+    EXPECT_STREQ(stringAt(entries, 8), "a");        // qName
+    EXPECT_EQ(stringAt(entries, 16), nullptr);      // uri
+    EXPECT_STREQ(stringAt(entries, 24), "CDATA");   // type
+    EXPECT_STREQ(stringAt(entries, 32), "1");       // value
+    EXPECT_STREQ(stringAt(entries, 40 + 32), "2");  // second entry's value
+}
+
+TEST_F(SaxEvents, HostClearingTheHeadEventKeepsItsArgCount) {
+    HostRecord record;
+    record.setMemory("<r a='1'>text</r>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    auto* e = const_cast<unsigned char*>(record.head());
+    ASSERT_EQ(lumtest::eventKind(e), 5u);
+    lumSAXClearCallbackData(reinterpret_cast<SaxEvent*>(e));
+    EXPECT_EQ(readAt<uint32_t>(e, evt::kKind), 0u);
+    EXPECT_EQ(readAt<void*>(e, evt::kName), nullptr);
+    EXPECT_EQ(readAt<uint32_t>(e, evt::kArgCount), 4u);
+    for (size_t slot = evt::kArg1; slot <= evt::kNext; slot += 8) {
+        EXPECT_EQ(readAt<void*>(e, slot), nullptr) << "offset " << slot;
+    }
+    // The library still frees the cleared event, and the parse goes on.
+    // (next is cleared, so the rest of the step's queue is no longer linked.)
+    const Events rest = restWithoutLocation(record);
+    EXPECT_EQ(rest.back().rfind("result ", 0), 0u);
+}
+
+TEST_F(SaxEvents, ResolveEntityEventIsCompleteWhileTheHostIsCalled) {
+    static HostRecord* driving = nullptr;
+    static std::vector<std::string> seen;
+    seen.clear();
+    HostRecord record;
+    driving = &record;
+    record.setMemory("<!DOCTYPE r [<!ENTITY e PUBLIC 'pub' 'missing.txt'>]><r>&e;</r>");
+    record.setLimit(50000);
+    record.setCallback([]() -> int32_t {
+        const unsigned char* e = driving->head();
+        seen.push_back(std::to_string(lumtest::eventKind(e)) + " " + lumtest::eventName(e) + " " +
+                       std::to_string(readAt<uint32_t>(e, evt::kArgCount)) + " " +
+                       lumtest::quoted(lumtest::eventArg(e, 1)) + " " +
+                       lumtest::quoted(lumtest::eventArg(e, 2)) + " " +
+                       (readAt<void*>(e, evt::kArg3) == nullptr ? "no-source" : "source") +
+                       " line " + std::to_string(driving->line()));
+        return 0;
+    });
+    const Events events = lumtest::drain(record, noLocation());
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0], "14 ResolveEntity 4 \"pub\" \"missing.txt\" no-source line 1");
+    for (const std::string& event : events) {
+        EXPECT_EQ(event.find("ResolveEntity"), std::string::npos) << event;
+    }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // Parser instances as a host drives them: set-up, the first pass that stops
 // after "StartDocument", the restart, reading on, the end, re-use and
-// release of the record, and the one-shot validation.
+// release of the record (the one-shot validation: sax_one_shot_validation_test.cpp).
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -17,6 +17,14 @@ using lumtest::kValidate;
 using lumtest::HostRecord;
 using lumtest::TempDir;
 using lumtest::drain;
+using lumtest::nextOf;
+using lumtest::readAt;
+using lumtest::restWithoutLocation;
+using lumtest::stringAt;
+using lumtest::tailOf;
+using lumtest::writeAt;
+namespace evt = lumtest::evt;
+namespace rec = lumtest::rec;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -29,12 +37,6 @@ protected:
 
 Events withoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
     return drain(record, noLocation(maxEvents));
-}
-
-// The rest of a parse whose "StartDocument" is at eventHead, from the event
-// after it on.
-Events restWithoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
-    return lumtest::collect(record, record.next(), noLocation(maxEvents));
 }
 
 // ---- first pass and restart --------------------------------------------------
@@ -128,6 +130,82 @@ TEST_F(SaxParse, SchemaValidatesWhenSetBeforeTheFirstCall) {
     EXPECT_EQ(events, (Events{"StartDocument/0", "StartElement/4 \"\" \"r\" \"r\" [0/0 no-array]",
                               "Characters/2 \"12\" 2", "EndElement/3 \"\" \"r\" \"r\"",
                               "EndDocument/0", "result 0 code 0 "}));
+}
+
+// ---- the restart reads the record as the host left it ----------------------------
+
+TEST_F(SaxParse, InputChangedWhileStartDocumentIsAtHeadIsTheOneRead) {
+    HostRecord record;
+    record.setMemory("<first/>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFile(dir.write("second.xml", "<second/>"));
+    EXPECT_EQ(restWithoutLocation(record), (Events{
+                                  "StartElement/4 \"\" \"second\" \"second\" [0/0 no-array]",
+                                  "EndElement/3 \"\" \"second\" \"second\"",
+                                  "EndDocument/0",
+                                  "result 0 code 0 ",
+                              }));
+}
+
+TEST_F(SaxParse, InputKindMadeUnsupportedWhileStartDocumentIsAtHeadIsRefused) {
+    HostRecord record;
+    record.setMemory("<r/>");
+    ASSERT_EQ(record.first(), 1);
+    record.setInputKind(2);
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorText(), "Not supported");
+    EXPECT_EQ(record.errorCode(), -1);
+}
+
+TEST_F(SaxParse, FileNameClearedWhileStartDocumentIsAtHeadIsNoInputFile) {
+    HostRecord record;
+    record.setFile(dir.write("r.xml", "<r/>"));
+    ASSERT_EQ(record.first(), 1);
+    record.setNoFile();
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+}
+
+TEST_F(SaxParse, NamespacesSwitchedOffWhileStartDocumentIsAtHeadNullTheLocalNames) {
+    HostRecord record;
+    record.setMemory("<p:r xmlns:p='u' p:a='1'/>");
+    ASSERT_EQ(record.first(), 1);
+    record.setFlags(kNoNamespaces);
+    EXPECT_EQ(restWithoutLocation(record),
+              (Events{
+                  "StartElement/4 \"\" null \"p:r\" [2/3 {null \"xmlns:p\" null \"CDATA\" \"u\"} "
+                  "{null \"p:a\" null \"CDATA\" \"1\"}]",
+                  "EndElement/3 \"\" null \"p:r\"",
+                  "EndDocument/0",
+                  "result 0 code 0 ",
+              }));
+}
+
+TEST_F(SaxParse, SearchPathSetWhileStartDocumentIsAtHeadIsSearched) {
+    dir.write("lib/ext.txt", "found late");
+    HostRecord record;
+    record.setMemory("<!DOCTYPE r [<!ENTITY ext SYSTEM 'ext.txt'>]><r>&ext;</r>");
+    record.setLimit(50000);
+    ASSERT_EQ(record.first(), 1);
+    record.setSearchPath(dir.file("lib"));
+    const Events events = restWithoutLocation(record);
+    ASSERT_GE(events.size(), 2u);
+    EXPECT_EQ(events[1], "Characters/2 \"found late\" 10");
+}
+
+TEST_F(SaxParse, SearchPathClearedWhileStartDocumentIsAtHeadIsNoLongerSearched) {
+    dir.write("lib/ext.txt", "found early");
+    HostRecord record;
+    record.setMemory("<!DOCTYPE r [<!ENTITY ext SYSTEM 'ext.txt'>]><r>&ext;</r>");
+    record.setSearchPath(dir.file("lib"));
+    record.setLimit(50000);
+    ASSERT_EQ(record.first(), 1);
+    writeAt<const char*>(record.bytes(), rec::kSearchPath, nullptr);
+    const Events events = restWithoutLocation(record);
+    ASSERT_GE(events.size(), 2u);
+    EXPECT_EQ(events[1].rfind("FatalError/1 \"unable to open external entity", 0), 0u)
+        << events[1];
 }
 
 // ---- the end ----------------------------------------------------------------
@@ -421,79 +499,142 @@ TEST_F(SaxParse, NegativeLimitLeavesExpansionUnlimited) {
     EXPECT_EQ(events[events.size() - 2], "EndDocument/0");
 }
 
-// ---- one-shot validation ------------------------------------------------------
+// ---- the record after each call ---------------------------------------------------
 
-TEST_F(SaxParse, OneShotValidationOfAValidFileAnswersOneWithoutError) {
-    HostRecord record;
-    record.setFile(dir.write("v.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r/>"));
-    record.setFlags(kValidate);
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 0);
-    EXPECT_EQ(record.errorText(), "");
-    EXPECT_EQ(record.head(), nullptr);  // no events
-}
-
-TEST_F(SaxParse, OneShotValidationReportsAFatalError) {
-    const std::string path = dir.write("bad.xml", "<r><a></r>");
-    HostRecord record;
-    record.setFile(path);
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
-    EXPECT_EQ(record.errorText(), "FATAL ERROR: file '" + path +
-                                      "', line '1', column '9', message 'expected end of tag 'a''");
-}
-
-TEST_F(SaxParse, OneShotValidationReportsTheFirstValidityError) {
-    HostRecord record;
-    record.setFile(dir.write("inv.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/><y/></r>"));
-    record.setFlags(kValidate);
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 9);
-    EXPECT_EQ(record.errorText(), "'no declaration found for element 'x''");
-}
-
-TEST_F(SaxParse, OneShotValidationRefusesMemoryInput) {
+TEST_F(SaxParse, FirstCallQueuesExactlyOneEventOwnedByTheRecord) {
     HostRecord record;
     record.setMemory("<r/>");
-    EXPECT_EQ(lumSAXParse(record.get()), 0);
-    EXPECT_EQ(record.errorText(), "Not supported");
-    EXPECT_EQ(record.errorCode(), -1);
+    ASSERT_EQ(record.first(), 1);
+    EXPECT_EQ(record.eventCount(), 1);
+    EXPECT_EQ(record.state(), 1);
+    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorText(), "");
+    ASSERT_NE(record.head(), nullptr);
+    EXPECT_EQ(tailOf(record), record.head());
+    EXPECT_EQ(nextOf(record.head()), nullptr);
+    EXPECT_EQ(lumtest::eventKind(record.head()), 1u);
+    EXPECT_EQ(readAt<uint32_t>(record.head(), evt::kArgCount), 0u);
+    // The library's objects are in the record while the parse is set up.
+    EXPECT_NE(record.reader(), nullptr);
+    EXPECT_NE(record.scanToken(), nullptr);
+    EXPECT_NE(readAt<void*>(record.bytes(), rec::kLocator), nullptr);
+    EXPECT_NE(readAt<void*>(record.bytes(), rec::kInputSource), nullptr);  // memory input
 }
 
-TEST_F(SaxParse, OneShotValidationFindsTheDtdInTheSearchDirectories) {
-    dir.write("dtds/r.dtd", "<!ELEMENT r EMPTY>");
-    const std::string path = dir.write("docs/doc.xml", "<!DOCTYPE r SYSTEM 'r.dtd'><r/>");
+TEST_F(SaxParse, FileInputKeepsNoMemoryInputSource) {
     HostRecord record;
-    record.setFile(path);
-    record.setFlags(kValidate);
-    record.setSearchPath(" " + dir.file("nothing") + " , " + dir.file("dtds"));
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 0) << record.errorText();
-
-    HostRecord without;
-    without.setFile(path);
-    without.setFlags(kValidate);
-    EXPECT_EQ(lumSAXParse(without.get()), 1);
-    EXPECT_EQ(without.errorCode(), 10);
-    EXPECT_NE(without.errorText().find("unable to open DTD document"), std::string::npos);
+    record.setFile(dir.write("f.xml", "<r/>"));
+    ASSERT_EQ(record.first(), 1);
+    EXPECT_EQ(readAt<void*>(record.bytes(), rec::kInputSource), nullptr);
 }
 
-TEST_F(SaxParse, OneShotValidationStopsAtTheExpansionLimit) {
+TEST_F(SaxParse, EventsOfOneStepAreLinkedFromHeadToTailAndCounted) {
     HostRecord record;
-    record.setFile(dir.write("lol.xml", billionLaughs()));
-    record.setLimit(1000);
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
-    EXPECT_NE(record.errorText().find("more than '1000' entity expansions"), std::string::npos);
+    record.setMemory("<r xmlns='u' xmlns:p='v'/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    // Two prefix mappings and the element start come from one Xerces step.
+    int32_t linked = 0;
+    const unsigned char* last = nullptr;
+    for (const unsigned char* e = record.head(); e != nullptr; e = nextOf(e)) {
+        ++linked;
+        last = e;
+    }
+    EXPECT_GE(linked, 3);
+    EXPECT_EQ(linked, record.eventCount());
+    EXPECT_EQ(last, tailOf(record));
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "StartPrefixMapping/2 \"\" \"u\"");
+    // Each call frees the head and counts down.
+    const int32_t before = record.eventCount();
+    ASSERT_EQ(record.next(), 1);
+    EXPECT_EQ(record.eventCount(), before - 1);
+    EXPECT_EQ(lumtest::describeEvent(record.head()), "StartPrefixMapping/2 \"p\" \"v\"");
 }
 
-TEST_F(SaxParse, OneShotValidationOfAMissingFileReportsIt) {
+TEST_F(SaxParse, EndedParseHasNoScanTokenAndStateEnded) {
     HostRecord record;
-    record.setFile(dir.file("none.xml"));
-    EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
-    EXPECT_NE(record.errorText().find("unable to open primary document entity"),
-              std::string::npos);
+    record.setMemory("<r/>");
+    Events events = lumtest::drain(record, noLocation());
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(record.state(), 4);
+    EXPECT_EQ(record.scanToken(), nullptr);
+    EXPECT_NE(record.reader(), nullptr);  // released only by a reset or deletion
+    // Asking again after the end stays a quiet 0.
+    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.errorCode(), 0);
+}
+
+TEST_F(SaxParse, DeletionClearsTheLibraryFieldsAndTheIds) {
+    HostRecord record;
+    record.setMemory("<r><a/></r>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    ASSERT_NE(record.systemId(), nullptr);
+    lumSAXDeleteParserInstance(record.get());
+    EXPECT_EQ(record.reader(), nullptr);
+    EXPECT_EQ(record.scanToken(), nullptr);
+    EXPECT_EQ(readAt<void*>(record.bytes(), rec::kInputSource), nullptr);
+    EXPECT_EQ(record.head(), nullptr);
+    EXPECT_EQ(tailOf(record), nullptr);
+    EXPECT_EQ(record.systemId(), nullptr);
+    EXPECT_EQ(record.publicId(), nullptr);
+    EXPECT_EQ(record.state(), 1);
+}
+
+TEST_F(SaxParse, ResetClearsTheFieldAt432) {
+    HostRecord record;
+    writeAt<void*>(record.bytes(), rec::kReserved432, record.bytes());
+    record.setMemory("<r/>");
+    ASSERT_EQ(record.first(), 1);
+    EXPECT_EQ(readAt<void*>(record.bytes(), rec::kReserved432), nullptr);
+}
+
+TEST_F(SaxParse, FieldsTheReaderDoesNotUseAreLeftAlone) {
+    HostRecord record;
+    const uint64_t marker = 0x1122334455667788ull;
+    writeAt<uint64_t>(record.bytes(), 80, marker);
+    writeAt<uint64_t>(record.bytes(), 100, marker);
+    writeAt<uint64_t>(record.bytes(), 108, marker);
+    writeAt<uint32_t>(record.bytes(), 372, 0x5a5a5a5au);
+    record.setMemory("<r>text</r>");
+    Events events = lumtest::drain(record, noLocation());
+    EXPECT_EQ(events.back(), "result 0 code 0 ");
+    EXPECT_EQ(readAt<uint64_t>(record.bytes(), 80), marker);
+    EXPECT_EQ(readAt<uint64_t>(record.bytes(), 100), marker);
+    EXPECT_EQ(readAt<uint64_t>(record.bytes(), 108), marker);
+    EXPECT_EQ(readAt<uint32_t>(record.bytes(), 372), 0x5a5a5a5au);
+}
+
+// The reset keeps eventCount, and a failed start answers 1 whenever the
+// count says events are queued, so that the host still "receives" them.
+TEST_F(SaxParse, FailedStartWithAStaleCountAnswersOneAndKeepsTheReason) {
+    HostRecord record;
+    record.setMemory("<r xmlns='u' xmlns:p='v'/>");
+    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.next(), 1);
+    ASSERT_GT(record.eventCount(), 1);  // abandoned with events queued
+
+    record.setFile(dir.file("missing.xml"));
+    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.head(), nullptr);
+    EXPECT_EQ(record.scanToken(), nullptr);  // the parse is over
+    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorText().rfind("Error parsing file: unable to open primary document", 0),
+              0u);
+
+    record.setNoFile();
+    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+}
+
+TEST_F(SaxParse, FailedStartWithoutEventsAnswersZero) {
+    HostRecord record;
+    record.setNoFile();
+    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.errorText(), "No input file specified");
+    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.head(), nullptr);
 }
 
 }  // namespace

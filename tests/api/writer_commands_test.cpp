@@ -4,18 +4,20 @@
 
 #include <cstdlib>
 
+#include <cstring>
+#include <string>
+
 #include "host_test.h"
 #include "lumxml.h"
+#include "writer_fixtures.h"
 #include "writer_host.h"
 
+using lumtest::HostAttrs;
 using lumtest::HostWriter;
 
 namespace {
 
-class WriterCommands : public ::testing::Test {
-protected:
-    void SetUp() override { lumtest::initLibraryOnce(); }
-};
+class WriterCommands : public lumtest::WriterTest {};
 
 // Brings a fresh writer on memory output (fragment, not strict) to `state`.
 void bringTo(HostWriter& w, int32_t state) {
@@ -184,6 +186,79 @@ TEST_F(WriterCommands, Command2WritesThePendingStartTagBeforeFreeing) {
         w.run(23, "r");
     }
     EXPECT_EQ(lumtest::readFile(path), "<r>");
+}
+
+// ---- Commands and states, pending tags and codes ------------------------------------------------------
+
+TEST_F(WriterCommands, StateRefusedCommandStillCompletesThePendingStartTag) {
+    openFragment();
+    ASSERT_EQ(w.run(23, "a"), 0);
+    // Command 31 needs state 2; its completion has already written the tag.
+    EXPECT_EQ(w.run(31, "a", "a.dtd"), 1);
+    EXPECT_EQ(w.memory(), "<a>");
+    EXPECT_EQ(w.state(), 3);
+}
+
+TEST_F(WriterCommands, UnknownCommandWritesThePendingTagAndKeepsTheState) {
+    openFragment();
+    ASSERT_EQ(w.run(23, "a"), 0);
+    EXPECT_EQ(w.run(40), 0);
+    EXPECT_EQ(w.memory(), "<a>");
+    EXPECT_EQ(w.state(), 3);
+    EXPECT_EQ(w.run(1), 0);
+    EXPECT_EQ(w.state(), 3);
+}
+
+TEST_F(WriterCommands, AttributesAndDeclarationsDoNotCompleteTheTag) {
+    openFragment();
+    ASSERT_EQ(w.run(23, "a"), 0);
+    EXPECT_EQ(w.run(10, "x", "1"), 0);
+    EXPECT_EQ(w.run(11, "urn:u", "p"), 0);
+    EXPECT_EQ(w.memory(), "");
+    EXPECT_EQ(w.run(24, "a"), 0);
+    // Declarations and attributes keep their call order.
+    EXPECT_EQ(w.memory(), "<a x=\"1\" xmlns:p=\"urn:u\"></a>");
+}
+
+TEST_F(WriterCommands, EmptyElementStateIs3AndAttributesStillJoinIt) {
+    openFragment();
+    ASSERT_EQ(w.run(26, "e"), 0);
+    EXPECT_EQ(w.state(), 3);
+    EXPECT_EQ(w.run(10, "k", "v"), 0);
+    EXPECT_EQ(w.run(25, "t"), 0);
+    EXPECT_EQ(w.memory(), "<e k=\"v\"/>t");
+    EXPECT_EQ(w.state(), 5);
+}
+
+TEST_F(WriterCommands, FailureResultIsTheCodeBeforeTheCloseStep) {
+    // The close step finds the root still open (9); the answer stays 6.
+    openStream(true, false, false);
+    ASSERT_EQ(w.run(23, "r"), 0);
+    EXPECT_EQ(w.run(32, "1bad"), 6);
+    EXPECT_EQ(w.message(), "1bad");
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.stream(), "<?xml?><r>&1bad;");
+    EXPECT_EQ(w.options.memoryBuffer, nullptr);
+    EXPECT_EQ(w.options.memoryLength, nullptr);
+}
+
+TEST_F(WriterCommands, CodeWithoutMessageLeavesTheMessageAsItWas) {
+    openStream(true, false, false);
+    ASSERT_EQ(w.run(31, "doc", "doc.dtd"), 0);
+    EXPECT_EQ(w.run(23, "other"), 14);
+    EXPECT_EQ(w.message(), "");
+    EXPECT_EQ(w.stream(), "<?xml?><!DOCTYPE doc SYSTEM \"doc.dtd\"><other>");
+}
+
+TEST_F(WriterCommands, AfterAFailureOnlyFreeStateResetAndStopAreTaken) {
+    openStream(true, false, false);
+    ASSERT_EQ(w.run(33, "x"), 13);
+    for (int32_t command : {1, 10, 11, 12, 21, 22, 23, 24, 25, 28, 33})
+        EXPECT_EQ(w.run(command, "a"), 1) << command;
+    EXPECT_EQ(w.run(5), 0);
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.run(4), 0);
+    EXPECT_EQ(w.state(), 1);
 }
 
 // ---- The failure step ----------------------------------------------------------

@@ -1,170 +1,22 @@
-// Elements, attributes and namespaces through the writer, and every strict
-// check with its code and message.
+// Elements and attributes through the writer (namespaces:
+// writer_namespaces_test.cpp), duplicate attributes, and every strict check
+// with its code and message.
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
 
 #include "host_test.h"
 #include "lumxml.h"
+#include "writer_fixtures.h"
 #include "writer_host.h"
 
+using lumtest::HostAttrs;
 using lumtest::HostWriter;
 
 namespace {
 
-class WriterElements : public ::testing::Test {
-protected:
-    void SetUp() override {
-        lumtest::initLibraryOnce();
-        w.options.fragment = 1;
-    }
-    void open(bool strict = false, bool formatted = false) {
-        w.options.strict = strict ? 1 : 0;
-        w.options.formatted = formatted ? 1 : 0;
-        ASSERT_EQ(w.openMemory(), 0);
-    }
-    HostWriter w;
-};
-
-// ---- Namespaces --------------------------------------------------------------
-
-TEST_F(WriterElements, PrefixedElementWithNoBindingsGetsItsDeclaration) {
-    open();
-    w.run(26, "p:a", "urn:u");
-    w.run(1);
-    EXPECT_EQ(w.memory(), "<p:a xmlns:p=\"urn:u\"/>");
-}
-
-TEST_F(WriterElements, UriOnlyElementTakesTheBoundPrefixWithoutDeclaration) {
-    open();
-    w.run(23, "q:r", "urn:u");
-    w.run(26, "a", "urn:u");
-    w.run(24, "q:r", "urn:u");
-    EXPECT_EQ(w.memory(), "<q:r xmlns:q=\"urn:u\"><q:a/></q:r>");
-}
-
-TEST_F(WriterElements, DeclarationMatchingThePendingBindingIsWrittenOnce) {
-    open();
-    w.run(23, "p:a", "urn:u");
-    EXPECT_EQ(w.run(11, "urn:u", "p"), 0);
-    w.run(24, "p:a", "urn:u");
-    EXPECT_EQ(w.memory(), "<p:a xmlns:p=\"urn:u\"></p:a>");
-}
-
-TEST_F(WriterElements, UriOnlyWithNoBindingsIsADefaultNamespace) {
-    open();
-    w.run(23, "a", "urn:d");
-    w.run(24, "a", "urn:d");
-    EXPECT_EQ(w.memory(), "<a xmlns=\"urn:d\"></a>");
-}
-
-TEST_F(WriterElements, KnownPrefixWithAnotherUriIsReboundInside) {
-    open();
-    w.run(23, "p:a", "urn:1");
-    w.run(26, "p:b", "urn:2");
-    w.run(24, "p:a", "urn:1");
-    EXPECT_EQ(w.memory(), "<p:a xmlns:p=\"urn:1\"><p:b xmlns:p=\"urn:2\"/></p:a>");
-}
-
-// A prefix rebound by an inner element no longer stands for its old URI:
-// an element given that old URI alone gets a default declaration instead
-// of the hidden prefix (which would put it in the inner namespace).
-TEST_F(WriterElements, UriOnlyElementPassesOverAPrefixReboundInside) {
-    open(true);
-    EXPECT_EQ(w.run(23, "q:r", "urn:a"), 0);
-    EXPECT_EQ(w.run(23, "q:s", "urn:b"), 0);
-    EXPECT_EQ(w.run(26, "a", "urn:a"), 0);
-    EXPECT_EQ(w.run(24, "q:s", "urn:b"), 0);
-    EXPECT_EQ(w.run(24, "q:r", "urn:a"), 0);
-    EXPECT_EQ(w.memory(),
-              "<q:r xmlns:q=\"urn:a\"><q:s xmlns:q=\"urn:b\"><a xmlns=\"urn:a\"/></q:s></q:r>");
-}
-
-// An element given by its URI alone whose start tag declares another
-// prefix for that URI (for an attribute): start and end tag carry the same
-// prefix, and strict mode accepts the end tag.
-TEST_F(WriterElements, UriOnlyElementRedeclaredForAnAttributeKeepsOneName) {
-    open(true);
-    EXPECT_EQ(w.run(23, "q:r", "urn:b"), 0);
-    EXPECT_EQ(w.run(23, "n", "urn:b"), 0);
-    EXPECT_EQ(w.run(11, "urn:b", "a2"), 0);
-    EXPECT_EQ(w.run(10, "a2:x", "v", "urn:b"), 0);
-    EXPECT_EQ(w.run(24, "n", "urn:b"), 0);
-    EXPECT_EQ(w.run(24, "q:r", "urn:b"), 0);
-    EXPECT_EQ(w.memory(),
-              "<q:r xmlns:q=\"urn:b\"><a2:n xmlns:a2=\"urn:b\" a2:x=\"v\"></a2:n></q:r>");
-}
-
-TEST_F(WriterElements, UriOnlyDefaultElementRedeclaredForAnAttributeIsAccepted) {
-    open(true);
-    EXPECT_EQ(w.run(23, "e", "urn:a"), 0);
-    EXPECT_EQ(w.run(11, "urn:a", "a1"), 0);
-    EXPECT_EQ(w.run(10, "a1:x", "v", "urn:a"), 0);
-    EXPECT_EQ(w.run(24, "e", "urn:a"), 0);
-    EXPECT_EQ(w.memory(),
-              "<a1:e xmlns=\"urn:a\" xmlns:a1=\"urn:a\" a1:x=\"v\"></a1:e>");
-}
-
-TEST_F(WriterElements, BindingsEndWithTheirElement) {
-    open();
-    w.run(23, "r");
-    w.run(26, "p:a", "urn:u");
-    w.run(26, "b", "urn:u");  // p is out of scope again: a default namespace
-    w.run(24, "r");
-    EXPECT_EQ(w.memory(), "<r><p:a xmlns:p=\"urn:u\"/><b xmlns=\"urn:u\"/></r>");
-}
-
-TEST_F(WriterElements, AttributesFromAListAndCommand10WithEscapes) {
-    open();
-    SaxAttrList* list = nullptr;
-    lumSAXInsertAttribute(&list, "id", "1<2 & \"3\"", nullptr, nullptr);
-    lumSAXInsertAttribute(&list, "xmlns:p", "urn:p", nullptr, nullptr);
-    lumSAXInsertAttribute(&list, "p:x", "y", "urn:p", nullptr);
-    w.run(23, "r", nullptr, list);
-    w.run(10, "z", "last");
-    w.run(24, "r");
-    lumSAXDeleteAttrList(list);
-    EXPECT_EQ(w.memory(),
-              "<r id=\"1&lt;2 &amp; &quot;3&quot;\" xmlns:p=\"urn:p\" p:x=\"y\" z=\"last\"></r>");
-}
-
-TEST_F(WriterElements, DefaultNamespaceAttributeSatisfiesThePendingDefault) {
-    open();
-    SaxAttrList* list = nullptr;
-    lumSAXInsertAttribute(&list, "xmlns", "urn:d", nullptr, nullptr);
-    w.run(26, "a", "urn:d", list);
-    w.run(1);
-    lumSAXDeleteAttrList(list);
-    EXPECT_EQ(w.memory(), "<a xmlns=\"urn:d\"/>");
-}
-
-TEST_F(WriterElements, DataElementWritesStartTextAndEnd) {
-    open(false, true);
-    w.run(23, "r");
-    EXPECT_EQ(w.run(27, "a", "x&y"), 0);
-    EXPECT_EQ(w.state(), 4);
-    w.run(24, "r");
-    EXPECT_EQ(w.memory(), "<r>\n  <a>x&amp;y</a>\n</r>\n");
-}
-
-TEST_F(WriterElements, FormattedIndentationOfNestedElements) {
-    open(false, true);
-    w.run(23, "r");
-    w.run(23, "a");
-    w.run(26, "b");
-    w.run(24, "a");
-    w.run(26, "c");
-    w.run(24, "r");
-    EXPECT_EQ(w.memory(), "<r>\n  <a>\n    <b/>\n  </a>\n  <c/>\n</r>\n");
-}
-
-TEST_F(WriterElements, TextThenEndTagIsNotIndented) {
-    open(false, true);
-    w.run(23, "r");
-    w.run(23, "a");
-    w.run(25, "t");
-    w.run(24, "a");
-    w.run(24, "r");
-    EXPECT_EQ(w.memory(), "<r>\n  <a>t</a>\n</r>\n");
-}
+class WriterElements : public lumtest::FragmentWriterTest {};
 
 // ---- Strict checks ---------------------------------------------------------------
 
@@ -383,6 +235,128 @@ TEST_F(WriterElements, NonStrictWritesWhatItIsGiven) {
     w.run(24, "other");
     EXPECT_EQ(w.memory(), "<r x=\"1\" x=\"2\"></other>");
     EXPECT_EQ(w.state(), 4);
+}
+
+TEST_F(WriterElements, StrictCharactersOutsideTheRootAreWrittenAllTheSame) {
+    openStream(true, false, false);
+    EXPECT_EQ(w.run(25, "a<b"), 13);
+    EXPECT_EQ(w.stream(), "<?xml?>a&lt;b");
+}
+
+TEST_F(WriterElements, StrictDoctypeInFragmentIsWrittenThenGives15) {
+    openStream(true, false, true);
+    EXPECT_EQ(w.run(31, "r", "r.dtd"), 15);
+    EXPECT_EQ(w.stream(), "<!DOCTYPE r SYSTEM \"r.dtd\">");
+}
+
+TEST_F(WriterElements, StrictRootAfterDoctypeMustMatchExactly) {
+    openStream(true, false, false);
+    w.run(31, "p:r", "r.dtd");
+    EXPECT_EQ(w.run(23, "p:r", "urn:p"), 0);
+    EXPECT_EQ(w.run(24, "p:r", "urn:p"), 0);
+    EXPECT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.stream(),
+              "<?xml?><!DOCTYPE p:r SYSTEM \"r.dtd\"><p:r xmlns:p=\"urn:p\"></p:r>");
+}
+
+TEST_F(WriterElements, StrictAttributePrefixBoundToAnotherUriGives12WithThePrefix) {
+    openStream(true, false, true);
+    w.run(23, "a");
+    w.run(11, "urn:u", "p");
+    w.run(10, "p:x", "1", "urn:v");
+    w.run(10, "y", "2");
+    EXPECT_EQ(w.run(24, "a"), 12);
+    EXPECT_EQ(w.message(), "p");
+    EXPECT_EQ(w.stream(), "<a xmlns:p=\"urn:u\" p:x=\"1\"></a>");
+}
+
+// ---- Duplicate attributes -------------------------------------------------------
+
+TEST_F(WriterElements, StrictDuplicatePrefixedAttributeGives18WithTheQualifiedName) {
+    openStream(true, false, true);
+    w.run(23, "a");
+    w.run(11, "urn:p", "p");
+    w.run(10, "p:x", "1");
+    EXPECT_EQ(w.run(10, "p:x", "2"), 18);
+    EXPECT_EQ(w.message(), "p:x");
+    EXPECT_EQ(w.stream(), "<a xmlns:p=\"urn:p\" p:x=\"1\" p:x=\"2\">");
+}
+
+TEST_F(WriterElements, DifferentPrefixesForOneUriAreNeverCompared) {
+    openFragment(true);
+    w.run(23, "a");
+    w.run(11, "urn:u", "p");
+    w.run(11, "urn:u", "q");
+    w.run(10, "p:x", "1");
+    EXPECT_EQ(w.run(10, "q:x", "2"), 0);
+    EXPECT_EQ(w.run(24, "a"), 0);
+    EXPECT_EQ(w.memory(), "<a xmlns:p=\"urn:u\" xmlns:q=\"urn:u\" p:x=\"1\" q:x=\"2\"></a>");
+}
+
+TEST_F(WriterElements, UnprefixedUriAttributeAndPrefixedOneOfTheSameNamespaceGive11) {
+    openStream(true, false, true);
+    w.run(23, "a");
+    w.run(11, "urn:u", "p");
+    w.run(10, "x", "1", "urn:u");
+    EXPECT_EQ(w.run(10, "p:x", "2", "urn:u"), 0);
+    EXPECT_EQ(w.run(25, "t"), 11);
+    // The earlier attribute's own name: it had no prefix.
+    EXPECT_EQ(w.message(), "x");
+    EXPECT_EQ(w.stream(), "<a xmlns:p=\"urn:u\" p:x=\"1\" p:x=\"2\">t");
+}
+
+TEST_F(WriterElements, DefaultNamespacedAttributeAndPlainOneGive11) {
+    openStream(true, false, true);
+    w.run(23, "a", "urn:d");
+    w.run(10, "x", "1", "urn:d");
+    w.run(10, "x", "2");
+    EXPECT_EQ(w.run(24, "a", "urn:d"), 11);
+    EXPECT_EQ(w.message(), "x");
+    EXPECT_EQ(w.stream(), "<a xmlns=\"urn:d\" x=\"1\" x=\"2\"></a>");
+}
+
+TEST_F(WriterElements, PrefixedAttributeAndPlainOneAreDistinct) {
+    openFragment(true);
+    w.run(23, "a");
+    w.run(11, "urn:p", "p");
+    w.run(10, "p:x", "1");
+    w.run(10, "x", "2");
+    EXPECT_EQ(w.run(24, "a"), 0);
+    EXPECT_EQ(w.memory(), "<a xmlns:p=\"urn:p\" p:x=\"1\" x=\"2\"></a>");
+}
+
+TEST_F(WriterElements, PlainAttributeThenPrefixedOneAreNotLinked) {
+    openFragment(true);
+    w.run(23, "a");
+    w.run(11, "urn:p", "p");
+    w.run(10, "x", "1");
+    w.run(10, "p:x", "2");
+    EXPECT_EQ(w.run(24, "a"), 0);
+    EXPECT_EQ(w.memory(), "<a xmlns:p=\"urn:p\" x=\"1\" p:x=\"2\"></a>");
+}
+
+TEST_F(WriterElements, ALaterLinkReplacesAnEarlierOne) {
+    // x (urn:u, written q:x) is linked to q:x, then the link moves to the
+    // third x (urn:w, written r:x): the first two are never compared.
+    openFragment(true);
+    w.run(23, "a");
+    w.run(11, "urn:u", "q");
+    w.run(11, "urn:w", "r");
+    w.run(10, "x", "1", "urn:u");
+    w.run(10, "q:x", "2", "urn:u");
+    w.run(10, "x", "3", "urn:w");
+    EXPECT_EQ(w.run(24, "a"), 0);
+    EXPECT_EQ(w.memory(),
+              "<a xmlns:q=\"urn:u\" xmlns:r=\"urn:w\" q:x=\"1\" q:x=\"2\" r:x=\"3\"></a>");
+}
+
+TEST_F(WriterElements, NonStrictDuplicatesAreWrittenWithoutCodes) {
+    openFragment();
+    w.run(23, "a");
+    w.run(10, "x", "1");
+    EXPECT_EQ(w.run(10, "x", "2"), 0);
+    EXPECT_EQ(w.run(24, "a"), 0);
+    EXPECT_EQ(w.memory(), "<a x=\"1\" x=\"2\"></a>");
 }
 
 }  // namespace

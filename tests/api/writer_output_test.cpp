@@ -7,16 +7,15 @@
 #include "host_test.h"
 #include "lumxml.h"
 #include "wide_names.h"
+#include "writer_fixtures.h"
 #include "writer_host.h"
 
+using lumtest::HostAttrs;
 using lumtest::HostWriter;
 
 namespace {
 
-class WriterOutput : public ::testing::Test {
-protected:
-    void SetUp() override { lumtest::initLibraryOnce(); }
-};
+class WriterOutput : public lumtest::WriterTest {};
 
 // ---- The XML declaration ---------------------------------------------------
 
@@ -67,6 +66,31 @@ TEST_F(WriterOutput, FragmentModeWritesNoDeclaration) {
     w.options.version = "1.0";
     ASSERT_EQ(w.openMemory(), 0);
     EXPECT_EQ(w.memory(), "");
+}
+
+// ---- More of the declaration and output --------------------------------------------------------
+
+TEST_F(WriterOutput, MemoryWithMarkKindWritesNoMarkForUtf8) {
+    // Only UTF-16 encodings get a byte-order mark.
+    w.options.standalone = 1;
+    ASSERT_EQ(w.openMemory(2), 0);
+    EXPECT_EQ(w.memory(), "<?xml standalone=\"yes\"?>");
+}
+
+TEST_F(WriterOutput, NegativeStandaloneIsNo) {
+    w.options.standalone = -1;
+    w.options.version = "1.1";
+    w.options.encoding = "utf-8";
+    ASSERT_EQ(w.openMemory(), 0);
+    EXPECT_EQ(w.memory(), "<?xml version=\"1.1\" encoding=\"utf-8\" standalone=\"no\"?>");
+}
+
+TEST_F(WriterOutput, MessageAddressIsPublishedEvenWhenTheOpenFails) {
+    w.options.outputKind = 9;
+    EXPECT_EQ(w.run(21), 3);
+    EXPECT_NE(w.options.message, nullptr);
+    EXPECT_EQ(w.message(), "");
+    EXPECT_EQ(w.state(), 7);
 }
 
 // ---- Output kinds ----------------------------------------------------------
@@ -314,6 +338,131 @@ TEST_F(WriterOutput, FormattedCommentsPisAndCdataAreIndented) {
     EXPECT_EQ(w.memory(), "<r>\n  <!-- c -->\n  <?p d?>\n  <![CDATA[x]]>\n</r>\n");
 }
 
+// ---- Escapes ---------------------------------------------------------------------
+
+TEST_F(WriterOutput, AttributeValuesAndDeclaredUrisUseAttributeEscapes) {
+    for (const char* encoding : {"UTF-8", "ISO-8859-1"}) {
+        HostWriter h;
+        h.options.fragment = 1;
+        h.options.encoding = encoding;
+        ASSERT_EQ(h.openMemory(), 0);
+        h.run(23, "a", "urn:<&\">'");
+        h.run(10, "v", "<&\">'\t\n\r");
+        h.run(24, "a", "urn:<&\">'");
+        EXPECT_EQ(h.memory(),
+                  "<a xmlns=\"urn:&lt;&amp;&quot;>'\" v=\"&lt;&amp;&quot;>'&#x9;&#xA;&#xD;\"></a>")
+            << encoding;
+    }
+}
+
+TEST_F(WriterOutput, CharactersUseStandardEscapesInEveryEncoding) {
+    for (const char* encoding : {"UTF-8", "ISO-8859-1"}) {
+        HostWriter h;
+        h.options.fragment = 1;
+        h.options.encoding = encoding;
+        ASSERT_EQ(h.openMemory(), 0);
+        h.run(25, "<&\">'\t\n\r");
+        EXPECT_EQ(h.memory(), "&lt;&amp;&quot;&gt;&apos;\t\n\r") << encoding;
+    }
+}
+
+// ---- Formatted layout -------------------------------------------------------------
+
+TEST_F(WriterOutput, FormattedDocumentBytes) {
+    w.options.version = "1.0";
+    w.options.formatted = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(23, "root");
+    w.run(28, "c");
+    w.run(26, "e");
+    w.run(23, "b");
+    w.run(23, "d");
+    w.run(25, "t");
+    w.run(24, "d");
+    w.run(24, "b");
+    w.run(29, "t", "d");
+    w.run(33, "x");
+    w.run(32, "amp");
+    w.run(24, "root");
+    EXPECT_EQ(w.memory(),
+              "<?xml version=\"1.0\"?>\n"
+              "<root>\n"
+              "  <!-- c -->\n"
+              "  <e/>\n"
+              "  <b>\n"
+              "    <d>t</d>\n"
+              "  </b>\n"
+              "  <?t d?>\n"
+              "  <![CDATA[x]]>\n"
+              "&amp;</root>\n");
+}
+
+TEST_F(WriterOutput, FormattedRawTextAfterAStartTagStartsOnTheNextLine) {
+    openFragment(false, true);
+    w.run(23, "a");
+    w.run(23, "b");
+    w.run(30, "raw");
+    w.run(24, "b");
+    w.run(24, "a");
+    EXPECT_EQ(w.memory(), "<a>\n  <b>\nraw</b>\n</a>\n");
+}
+
+TEST_F(WriterOutput, FormattedEndTagAfterTextIsNotIndentedButAfterACommentIs) {
+    openFragment(false, true);
+    w.run(23, "a");
+    w.run(23, "b");
+    w.run(28, "c");
+    w.run(24, "b");
+    w.run(25, "t");
+    w.run(24, "a");
+    EXPECT_EQ(w.memory(), "<a>\n  <b>\n    <!-- c -->\n  </b>\nt</a>\n");
+}
+
+TEST_F(WriterOutput, FormattedFailedProcessingInstructionLeavesOnlyItsIndentation) {
+    openStream(true, true, true);
+    w.run(23, "a");
+    EXPECT_EQ(w.run(29, "xml-stylesheet", "href=\"s\""), 6);
+    EXPECT_EQ(w.message(), "xml-stylesheet");
+    EXPECT_EQ(w.stream(), "<a>\n  ");
+}
+
+TEST_F(WriterOutput, FormattedCdataWithItsEndLeavesOnlyItsIndentation) {
+    openStream(false, true, true);
+    w.run(23, "a");
+    EXPECT_EQ(w.run(33, "a]]>b"), 21);
+    EXPECT_EQ(w.message(), "The sequence ']]>' is not allowed in character data");
+    EXPECT_EQ(w.stream(), "<a>\n  ");
+    EXPECT_EQ(w.state(), 7);
+}
+
+TEST_F(WriterOutput, FormattedDoctypeIsFollowedByALineAndTheRootIsNotIndented) {
+    w.options.formatted = 1;
+    w.options.strict = 1;
+    ASSERT_EQ(w.openMemory(), 0);
+    w.run(31, "r", "-//P//EN", "r.dtd");
+    w.run(28, "c");
+    w.run(23, "r");
+    w.run(26, "e");
+    EXPECT_EQ(w.run(24, "r"), 0);
+    EXPECT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.memory(),
+              "<?xml?>\n"
+              "<!DOCTYPE r PUBLIC \"-//P//EN\" \"r.dtd\">\n"
+              "<!-- c -->\n"
+              "<r>\n"
+              "  <e/>\n"
+              "</r>\n");
+}
+
+TEST_F(WriterOutput, FormattedEmptyElementAlwaysEndsItsLine) {
+    openFragment(false, true);
+    w.run(23, "a");
+    w.run(26, "e");
+    w.run(25, "t");
+    w.run(24, "a");
+    EXPECT_EQ(w.memory(), "<a>\n  <e/>\nt</a>\n");
+}
+
 // ---- Ending the document -------------------------------------------------------
 
 TEST_F(WriterOutput, EndOfDocumentLeavesTheHostALengthToRead) {
@@ -355,6 +504,16 @@ TEST_F(WriterOutput, ReopeningAfterTheEndStartsAFreshDocument) {
     EXPECT_EQ(w.memory(), "<b/>");
 }
 
+TEST_F(WriterOutput, EndOfDocumentPublishesTheFinalLength) {
+    openFragment();
+    w.run(26, "a");
+    EXPECT_EQ(w.run(22), 0);
+    EXPECT_EQ(w.state(), 6);
+    ASSERT_NE(w.options.memoryLength, nullptr);
+    EXPECT_EQ(*w.options.memoryLength, 4u);
+    EXPECT_EQ(w.memory(), "<a/>");
+}
+
 // ---- Restarting memory output ----------------------------------------------------
 
 TEST_F(WriterOutput, RestartCarriesTheOldTextIntoANewBlock) {
@@ -387,6 +546,32 @@ TEST_F(WriterOutput, RestartWritesTheMarkUnlessKind5AndNoDeclaration) {
     ASSERT_EQ(w.run(12), 0);
     std::free(oldBlock);
     EXPECT_EQ(w.memory(), "\xFF\xFE");
+}
+
+TEST_F(WriterOutput, RestartKeepsTheStateAndDoesNotCompleteTheStartTag) {
+    openFragment();
+    w.run(23, "a");
+    void* oldBlock = w.options.memoryBuffer;
+    w.options.memoryLength = nullptr;
+    EXPECT_EQ(w.run(12), 0);
+    std::free(oldBlock);
+    EXPECT_EQ(w.state(), 3);
+    w.run(10, "x", "1");
+    w.run(24, "a");
+    EXPECT_EQ(w.memory(), "<a x=\"1\"></a>");
+}
+
+TEST_F(WriterOutput, RestartWithAnEmptyEncodingNameIsPassedOnAndFailsWith99) {
+    // Unlike opening, restarting does not turn an empty name into UTF-8.
+    w.options.encoding = "";
+    openFragment();
+    w.run(23, "a");
+    void* oldBlock = w.options.memoryBuffer;
+    w.options.memoryLength = nullptr;
+    EXPECT_EQ(w.run(12), 99);
+    std::free(oldBlock);
+    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.options.memoryBuffer, nullptr);
 }
 
 }  // namespace

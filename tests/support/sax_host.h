@@ -211,4 +211,19 @@ inline std::vector<std::string> drain(HostRecord& record, DrainOptions options =
     return collect(record, record.first(), options);
 }
 
+// The rest of a parse whose "StartDocument" is at eventHead, from the event
+// after it on, described without line and column.
+inline std::vector<std::string> restWithoutLocation(HostRecord& record,
+                                                    size_t maxEvents = 1000000) {
+    return collect(record, record.next(), noLocation(maxEvents));
+}
+
+// The queue links of the host's record: an event's next, and eventTail.
+inline const unsigned char* nextOf(const unsigned char* event) {
+    return readAt<const unsigned char*>(event, evt::kNext);
+}
+inline const unsigned char* tailOf(HostRecord& record) {
+    return readAt<const unsigned char*>(record.bytes(), rec::kEventTail);
+}
+
 }  // namespace lumtest

@@ -53,7 +53,7 @@ void expectEverywhere(void* cell, const std::string& element, const char* step) 
     EXPECT_EQ(save(cell, wide).bytes, utf16le(declaration("UTF-16LE") + element)) << step;
 }
 
-TEST(ConformanceSaveEscapes, EscapeListsPerFlagInEveryEncoding) {
+TEST(DocumentSaveEscapes, EscapeListsPerFlagInEveryEncoding) {
     initLibraryOnce();
     HostDocument document;
     ASSERT_EQ(document.loadMemory("<r>x</r>").code, 0);
