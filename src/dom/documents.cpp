@@ -23,6 +23,7 @@
 #include "dom/text_gathering_parser.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
+#include "frame/platform.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -61,6 +62,16 @@ struct LoadParts {
     }
 };
 
+// The limits lumxml adds to a load with an expansion limit (after the
+// namespace option, which decides the depth limit).
+void armLoadBudget(TextGatheringParser& parser, const LoadRequest& request) {
+    const uint64_t inputBytes = request.sourceKind == kSourceMemory
+                                    ? request.memoryLength
+                                    : platform::fileSize(request.fileName);
+    parser.armBudget(static_cast<uint64_t>(static_cast<int64_t>(*request.entityExpansionLimit)),
+                     inputBytes);
+}
+
 std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     const char* directories = locationItem(request.locations, 0);
     const char* schemaLocation = locationItem(request.locations, 1);
@@ -92,6 +103,7 @@ std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     if (noNamespaceSchemaLocation != nullptr)
         parser.setExternalNoNamespaceSchemaLocation(XmlString(noNamespaceSchemaLocation).get());
     if (!(request.flags & kLoadNamespacesOff)) parser.setDoNamespaces(true);
+    if (request.entityExpansionLimit != nullptr) armLoadBudget(*parts->parser, request);
     parts->reporter = std::make_unique<DOMTreeErrorReporter>();
     parser.setErrorHandler(parts->reporter.get());
     return parts;

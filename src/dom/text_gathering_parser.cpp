@@ -1,5 +1,9 @@
 #include "dom/text_gathering_parser.h"
 
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace lumxml {
@@ -14,18 +18,35 @@ void TextGatheringParser::flushText() {
     pending_ = false;
 }
 
+template <typename Source>
+void TextGatheringParser::parseBudgeted(const Source& source) {
+    ParseBudget::Scope scope(&budget_);
+    budget_.setLocator(getScanner()->getLocator());
+    try {
+        parse(source);
+    } catch (const ParseLimitStop& stop) {
+        // Reported as the expansion limit of Xerces is: a fatal error, after
+        // which the parse is over.
+        if (ErrorHandler* handler = getErrorHandler()) handler->fatalError(asParseException(stop));
+    }
+}
+
 void TextGatheringParser::parseGathering(const InputSource& source) {
     text_.clear();
     pending_ = false;
-    parse(source);
+    parseBudgeted(source);
     flushText();
 }
 
 void TextGatheringParser::parseGathering(const XMLCh* systemId) {
     text_.clear();
     pending_ = false;
-    parse(systemId);
+    parseBudgeted(systemId);
     flushText();
+}
+
+void TextGatheringParser::armBudget(uint64_t expansionLimit, uint64_t inputBytes) {
+    budget_.arm(expansionLimit, inputBytes, getDoNamespaces());
 }
 
 void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,
@@ -57,6 +78,7 @@ void TextGatheringParser::endDocument() {
 void TextGatheringParser::endElement(const XMLElementDecl& elemDecl, unsigned int urlId,
                                      bool isRoot, const XMLCh* elemPrefix) {
     flushText();
+    budget_.elementEnded();
     XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
 }
 
@@ -88,13 +110,41 @@ void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned 
                                        const RefVectorOf<XMLAttr>& attrList,
                                        XMLSize_t attrCount, bool isEmpty, bool isRoot) {
     flushText();
+    if (budget_.armed()) budget_.elementStarted();
     XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                   isRoot);
 }
 
 void TextGatheringParser::startEntityReference(const XMLEntityDecl& entDecl) {
     flushText();
+    if (budget_.armed()) budget_.contentReferenceStarted(entDecl.getValueLen());
     XercesDOMParser::startEntityReference(entDecl);
+}
+
+void TextGatheringParser::startIntSubset() {
+    budget_.enterDtd();
+    XercesDOMParser::startIntSubset();
+}
+
+void TextGatheringParser::endIntSubset() {
+    budget_.leaveDtd();
+    XercesDOMParser::endIntSubset();
+}
+
+void TextGatheringParser::startExtSubset() {
+    budget_.enterDtd();
+    XercesDOMParser::startExtSubset();
+}
+
+void TextGatheringParser::endExtSubset() {
+    budget_.leaveDtd();
+    XercesDOMParser::endExtSubset();
+}
+
+void TextGatheringParser::entityDecl(const DTDEntityDecl& entityDecl, bool isPEDecl,
+                                     bool isIgnored) {
+    if (!entityDecl.isExternal()) budget_.entityDeclared(entityDecl.getValueLen());
+    XercesDOMParser::entityDecl(entityDecl, isPEDecl, isIgnored);
 }
 
 void TextGatheringParser::handleElementPSVI(const XMLCh* localName, const XMLCh* uri,

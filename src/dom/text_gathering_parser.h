@@ -18,6 +18,8 @@
 
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
+#include "frame/parse_budget.h"
+
 namespace lumxml {
 
 class TextGatheringParser final : public XERCES_CPP_NAMESPACE::XercesDOMParser {
@@ -29,6 +31,11 @@ public:
     // parser would have appended the text it had seen before the error.
     void parseGathering(const XERCES_CPP_NAMESPACE::InputSource& source);
     void parseGathering(const XMLCh* systemId);
+
+    // The limits of a hardened parse (frame/parse_budget.h), for the parses
+    // that follow; set the namespace option first. A limit that is hit is
+    // reported to the error handler as a fatal error and ends the parse.
+    void armBudget(uint64_t expansionLimit, uint64_t inputBytes);
 
     // Character data outside CDATA sections is gathered; everything else
     // first hands the gathered run over, then does what the stock parser
@@ -48,6 +55,14 @@ public:
                       const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attrList,
                       XMLSize_t attrCount, bool isEmpty, bool isRoot) override;
     void startEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entDecl) override;
+    // Only tell the budget where the document type declaration starts and
+    // ends and how long the entities it declares are.
+    void startIntSubset() override;
+    void endIntSubset() override;
+    void startExtSubset() override;
+    void endExtSubset() override;
+    void entityDecl(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entityDecl, bool isPEDecl,
+                    bool isIgnored) override;
     void handleElementPSVI(const XMLCh* localName, const XMLCh* uri,
                            XERCES_CPP_NAMESPACE::PSVIElement* elementInfo) override;
     void handlePartialElementPSVI(const XMLCh* localName, const XMLCh* uri,
@@ -58,9 +73,13 @@ public:
 private:
     // Hands the gathered run to the tree as the stock parser's one call.
     void flushText();
+    // XercesDOMParser::parse under the budget.
+    template <typename Source>
+    void parseBudgeted(const Source& source);
 
     std::basic_string<XMLCh> text_;
     bool pending_ = false;  // character data seen since the last hand-over
+    ParseBudget budget_;
 
 };
 

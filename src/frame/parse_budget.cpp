@@ -1,0 +1,95 @@
+#include "frame/parse_budget.h"
+
+#include <xercesc/util/XMLString.hpp>
+
+namespace lumxml {
+
+namespace {
+
+thread_local ParseBudget* current = nullptr;
+
+std::u16string copyOf(const XMLCh* text) {
+    return text != nullptr ? std::u16string(text) : std::u16string();
+}
+
+}  // namespace
+
+xercesc::SAXParseException asParseException(const ParseLimitStop& stop) {
+    // The messages are ASCII.
+    const std::basic_string<XMLCh> message(stop.message.begin(), stop.message.end());
+    return xercesc::SAXParseException(message.c_str(), stop.publicId.c_str(),
+                                      stop.systemId.c_str(), stop.line, stop.column);
+}
+
+void ParseBudget::arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDepth) {
+    armed_ = true;
+    limitDepth_ = limitDepth;
+    inDtd_ = false;
+    expansionLimit_ = expansionLimit;
+    const uint64_t scaled = inputBytes * kAmplificationFactor;
+    characterBudget_ = scaled > kAmplificationThreshold ? scaled : kAmplificationThreshold;
+    dtdExpansions_ = 0;
+    characters_ = 0;
+    longestValue_ = 0;
+    depth_ = 0;
+}
+
+void ParseBudget::stop(std::string message) const {
+    ParseLimitStop stop;
+    stop.message = std::move(message);
+    if (locator_ != nullptr) {
+        stop.systemId = copyOf(locator_->getSystemId());
+        stop.publicId = copyOf(locator_->getPublicId());
+        stop.line = locator_->getLineNumber();
+        stop.column = locator_->getColumnNumber();
+    }
+    if (stopHandler_ != nullptr) stopHandler_(stopContext_, stop);
+    throw stop;
+}
+
+void ParseBudget::charge(uint64_t characters) {
+    characters_ += characters;
+    if (characters_ > characterBudget_)
+        stop("entity expansions in the document produce more than '" +
+             std::to_string(characterBudget_) +
+             "' characters; this is the amplification limit imposed by the application");
+}
+
+void ParseBudget::readerMade() {
+    if (inDtd_ && ++dtdExpansions_ > expansionLimit_)
+        stop("parser has encountered more than '" + std::to_string(expansionLimit_) +
+             "' parameter entity expansions in the document; this is the limit imposed by "
+             "the application");
+    charge(longestValue_);
+}
+
+void ParseBudget::entityDeclared(uint64_t valueLength) {
+    if (valueLength > longestValue_) longestValue_ = valueLength;
+}
+
+void ParseBudget::contentReferenceStarted(uint64_t valueLength) {
+    // The reader of this reference was charged the longest value.
+    const uint64_t refund = longestValue_ - (valueLength < longestValue_ ? valueLength : longestValue_);
+    characters_ = characters_ > refund ? characters_ - refund : 0;
+}
+
+void ParseBudget::elementStarted() {
+    if (++depth_ > kMaxDepth && limitDepth_)
+        stop("elements in the document are nested more than '" + std::to_string(kMaxDepth) +
+             "' deep; this is the nesting limit imposed by the application");
+}
+
+ParseBudget::Scope::Scope(ParseBudget* budget)
+    : previous_(current), installed_(budget != nullptr && budget->armed()) {
+    if (installed_) current = budget;
+}
+
+ParseBudget::Scope::~Scope() {
+    if (installed_) current = previous_;
+}
+
+void ParseBudget::noteReaderMade() {
+    if (current != nullptr) current->readerMade();
+}
+
+}  // namespace lumxml
