@@ -96,6 +96,7 @@ std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     }
     if (directories != nullptr) {
         parts->resolver = std::make_unique<LumEntityResolver>(directories);
+        if (request.flags & kLoadNoDefaultEntityResolution) parts->resolver->confineToDirectories();
         parser.setEntityResolver(parts->resolver.get());
     }
     if (schemaLocation != nullptr)

@@ -2,6 +2,8 @@
 
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
+#include <xercesc/validators/DTD/DTDElementDecl.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 XERCES_CPP_NAMESPACE_USE
@@ -110,7 +112,7 @@ void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned 
                                        const RefVectorOf<XMLAttr>& attrList,
                                        XMLSize_t attrCount, bool isEmpty, bool isRoot) {
     flushText();
-    if (budget_.armed()) budget_.elementStarted();
+    if (budget_.armed()) budget_.elementStarted(attrList, attrCount);
     XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                   isRoot);
 }
@@ -139,6 +141,12 @@ void TextGatheringParser::startExtSubset() {
 void TextGatheringParser::endExtSubset() {
     budget_.leaveDtd();
     XercesDOMParser::endExtSubset();
+}
+
+void TextGatheringParser::attDef(const DTDElementDecl& elemDecl, const DTDAttDef& attDef,
+                          const bool ignoring) {
+    if (budget_.armed()) budget_.attributesDefined(elemDecl.getAttDefList().getAttDefCount());
+    XercesDOMParser::attDef(elemDecl, attDef, ignoring);
 }
 
 void TextGatheringParser::entityDecl(const DTDEntityDecl& entityDecl, bool isPEDecl,

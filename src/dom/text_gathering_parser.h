@@ -61,6 +61,9 @@ public:
     void endIntSubset() override;
     void startExtSubset() override;
     void endExtSubset() override;
+    void attDef(const XERCES_CPP_NAMESPACE::DTDElementDecl& elemDecl,
+                const XERCES_CPP_NAMESPACE::DTDAttDef& attDef,
+                const bool ignoring) override;
     void entityDecl(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entityDecl, bool isPEDecl,
                     bool isIgnored) override;
     void handleElementPSVI(const XMLCh* localName, const XMLCh* uri,

@@ -73,10 +73,25 @@ void ParseBudget::contentReferenceStarted(uint64_t valueLength) {
     characters_ = characters_ > refund ? characters_ - refund : 0;
 }
 
-void ParseBudget::elementStarted() {
+void ParseBudget::elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                                 XMLSize_t count, bool counted) {
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const xercesc::XMLAttr* attribute = attributes.elementAt(i);
+        if (attribute->getSpecified()) continue;
+        charge(xercesc::XMLString::stringLen(attribute->getQName()) +
+               xercesc::XMLString::stringLen(attribute->getValue()) + kDefaultedAttributeCharge);
+    }
+    if (!counted) return;
     if (++depth_ > kMaxDepth && limitDepth_)
         stop("elements in the document are nested more than '" + std::to_string(kMaxDepth) +
              "' deep; this is the nesting limit imposed by the application");
+}
+
+void ParseBudget::attributesDefined(uint64_t count) {
+    if (count > kMaxAttributeDefinitions)
+        stop("an element type in the document declares more than '" +
+             std::to_string(kMaxAttributeDefinitions) +
+             "' attributes; this is the limit imposed by the application");
 }
 
 ParseBudget::Scope::Scope(ParseBudget* budget)

@@ -9,6 +9,11 @@
 //   kAmplificationFactor times the size of the document handed over.
 // - With namespaces on, elements may not nest deeper than kMaxDepth (Xerces'
 //   namespace scopes make each level cost as much as the depth).
+// - An element type may declare at most kMaxAttributeDefinitions attributes
+//   (the DOM builds each element's defaults in time quadratic in their
+//   number), and every attribute a DTD default adds to an element counts
+//   against the character limit with its name, its value and
+//   kDefaultedAttributeCharge characters for its node.
 //
 // Xerces has no hook for entity expansions: every expansion makes a new
 // reader, and every reader asks the transcoding service once whether it
@@ -26,7 +31,9 @@
 #include <cstdint>
 #include <string>
 
+#include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/sax/Locator.hpp>
+#include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 
 namespace lumxml {
@@ -48,6 +55,8 @@ public:
     static constexpr uint64_t kAmplificationThreshold = 8u * 1024u * 1024u;  // characters
     static constexpr uint64_t kAmplificationFactor = 10;
     static constexpr uint64_t kMaxDepth = 10000;
+    static constexpr uint64_t kMaxAttributeDefinitions = 256;
+    static constexpr uint64_t kDefaultedAttributeCharge = 16;
 
     // A budget does nothing until it is armed.
     void arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDepth);
@@ -69,7 +78,12 @@ public:
     void leaveDtd() { inDtd_ = false; }
     void entityDeclared(uint64_t valueLength);
     void contentReferenceStarted(uint64_t valueLength);
-    void elementStarted();
+    // An element starts with the scanner's attribute list (defaults
+    // included); `closes` is false for an empty element whose end is not
+    // reported.
+    void elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                        XMLSize_t count, bool counted = true);
+    void attributesDefined(uint64_t count);
     void elementEnded() {
         if (depth_ != 0) --depth_;
     }

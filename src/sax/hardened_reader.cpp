@@ -2,6 +2,8 @@
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
+#include <xercesc/validators/DTD/DTDElementDecl.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include "sax/sax_handlers.h"
@@ -66,7 +68,7 @@ void HardenedReader::startElement(const XMLElementDecl& elemDecl, const unsigned
                                   const RefVectorOf<XMLAttr>& attrList, const XMLSize_t attrCount,
                                   const bool isEmpty, const bool isRoot) {
     // An empty element gets no endElement call here.
-    if (!isEmpty && budget_.armed()) budget_.elementStarted();
+    if (budget_.armed()) budget_.elementStarted(attrList, attrCount, !isEmpty);
     SAX2XMLReaderImpl::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                     isRoot);
 }
@@ -100,6 +102,12 @@ void HardenedReader::startExtSubset() {
 void HardenedReader::endExtSubset() {
     budget_.leaveDtd();
     SAX2XMLReaderImpl::endExtSubset();
+}
+
+void HardenedReader::attDef(const DTDElementDecl& elemDecl, const DTDAttDef& attDef,
+                          const bool ignoring) {
+    if (budget_.armed()) budget_.attributesDefined(elemDecl.getAttDefList().getAttDefCount());
+    SAX2XMLReaderImpl::attDef(elemDecl, attDef, ignoring);
 }
 
 void HardenedReader::entityDecl(const DTDEntityDecl& entityDecl, const bool isPEDecl,

@@ -40,6 +40,8 @@ public:
     void endIntSubset() override;
     void startExtSubset() override;
     void endExtSubset() override;
+    void attDef(const xercesc::DTDElementDecl& elemDecl, const xercesc::DTDAttDef& attDef,
+                const bool ignoring) override;
     void entityDecl(const xercesc::DTDEntityDecl& entityDecl, const bool isPEDecl,
                     const bool isIgnored) override;
 
