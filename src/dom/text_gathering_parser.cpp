@@ -112,9 +112,22 @@ void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned 
                                        const RefVectorOf<XMLAttr>& attrList,
                                        XMLSize_t attrCount, bool isEmpty, bool isRoot) {
     flushText();
-    if (budget_.armed()) budget_.elementStarted(attrList, attrCount);
-    XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
-                                  isRoot);
+    if (budget_.armed()) {
+        budget_.elementStarted(attrList, attrCount);
+        budget_.nameUsed(elemDecl.getFullName());
+        for (XMLSize_t i = 0; i < attrCount; ++i) budget_.nameUsed(attrList.elementAt(i)->getQName());
+    }
+    if (!buildsOwnAttributes(elemDecl, attrCount)) {
+        XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
+                                      isRoot);
+        return;
+    }
+    // The stock builder makes the element and its document-type defaults;
+    // the scanner's attributes are added here. An empty element then ends
+    // as the stock builder ends it.
+    XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, 0, false, isRoot);
+    addAttributes(attrList, attrCount);
+    if (isEmpty) endElement(elemDecl, urlId, isRoot, elemPrefix);
 }
 
 void TextGatheringParser::startEntityReference(const XMLEntityDecl& entDecl) {

@@ -76,6 +76,15 @@ public:
 private:
     // Hands the gathered run to the tree as the stock parser's one call.
     void flushText();
+    // Elements whose attributes lumxml adds itself (element_attributes.cpp):
+    // wide ones, and with namespaces on those whose type has DTD defaults.
+    static constexpr XMLSize_t kWideElement = 32;
+    bool buildsOwnAttributes(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl,
+                             XMLSize_t attrCount) const;
+    XERCES_CPP_NAMESPACE::DOMNode* makeAttribute(const XERCES_CPP_NAMESPACE::XMLAttr& scanned);
+    // The scanner's attributes onto the element just started.
+    void addAttributes(const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attrList,
+                       XMLSize_t attrCount);
     // XercesDOMParser::parse under the budget.
     template <typename Source>
     void parseBudgeted(const Source& source);

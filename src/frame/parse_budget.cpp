@@ -32,6 +32,7 @@ void ParseBudget::arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDe
     characters_ = 0;
     longestValue_ = 0;
     depth_ = 0;
+    names_.clear();
 }
 
 void ParseBudget::stop(std::string message) const {
@@ -92,6 +93,17 @@ void ParseBudget::attributesDefined(uint64_t count) {
         stop("an element type in the document declares more than '" +
              std::to_string(kMaxAttributeDefinitions) +
              "' attributes; this is the limit imposed by the application");
+}
+
+void ParseBudget::nameUsed(const XMLCh* name) {
+    if (name == nullptr || names_.size() < kMaxDistinctNames) {
+        if (name != nullptr) names_.emplace(name);
+        return;
+    }
+    if (names_.count(name) != 0) return;
+    stop("the document uses more than '" + std::to_string(kMaxDistinctNames) +
+         "' distinct element and attribute names; this is the limit imposed by the "
+         "application");
 }
 
 ParseBudget::Scope::Scope(ParseBudget* budget)

@@ -14,6 +14,9 @@
 //   number), and every attribute a DTD default adds to an element counts
 //   against the character limit with its name, its value and
 //   kDefaultedAttributeCharge characters for its node.
+// - A DOM may hold at most kMaxDistinctNames distinct element and attribute
+//   names: Xerces' DOM keeps every name in a pool of 257 chains, so each new
+//   name costs as much as the names before it.
 //
 // Xerces has no hook for entity expansions: every expansion makes a new
 // reader, and every reader asks the transcoding service once whether it
@@ -30,6 +33,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -57,6 +61,7 @@ public:
     static constexpr uint64_t kMaxDepth = 10000;
     static constexpr uint64_t kMaxAttributeDefinitions = 256;
     static constexpr uint64_t kDefaultedAttributeCharge = 16;
+    static constexpr uint64_t kMaxDistinctNames = 20000;
 
     // A budget does nothing until it is armed.
     void arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDepth);
@@ -84,6 +89,8 @@ public:
     void elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                         XMLSize_t count, bool counted = true);
     void attributesDefined(uint64_t count);
+    // A name a DOM node is given (DOM only).
+    void nameUsed(const XMLCh* name);
     void elementEnded() {
         if (depth_ != 0) --depth_;
     }
@@ -119,6 +126,7 @@ private:
     uint64_t characters_ = 0;
     uint64_t longestValue_ = 0;
     uint64_t depth_ = 0;
+    std::unordered_set<std::u16string> names_;
     const xercesc::Locator* locator_ = nullptr;
     StopHandler stopHandler_ = nullptr;
     void* stopContext_ = nullptr;
