@@ -161,16 +161,31 @@ def run_one(driver, path_kind, document, entities, seconds, address_mb):
     return fields[0], fields[1], fields[2][:110]
 
 
+MEMORY_BOUND_MB = 200
+
+
+def failed(seconds, megabytes, outcome):
+    """A row that breaks what SECURITY.md promises: killed at the time limit,
+    a dead process, more than 200 MB, or a save that does not read back."""
+    if seconds.startswith('>') or outcome.startswith('process died'):
+        return True
+    if megabytes != '-' and float(megabytes) > MEMORY_BOUND_MB:
+        return True
+    return outcome.startswith('reload') or outcome.endswith('saves differ')
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument('--driver', required=True)
     parser.add_argument('--work', required=True)
     parser.add_argument('--short', action='store_true')
+    parser.add_argument('--check', action='store_true')
     parser.add_argument('--seconds', type=float, default=10.0)
     parser.add_argument('--address-mb', type=int, default=4096)
     args = parser.parse_args()
 
     entities, files = generate(args.work)
+    failures = []
     print('| Document | Path | Time (s) | Peak memory above the start (MB) | Outcome |')
     print('|---|---|---|---|---|')
     for name, document, paths, short in files:
@@ -182,6 +197,11 @@ def main():
             outcome = outcome.replace('|', '/')
             print('| %s | %s | %s | %s | %s |' % (name, path_kind, seconds, megabytes, outcome))
             sys.stdout.flush()
+            if failed(seconds, megabytes, outcome):
+                failures.append('%s (%s)' % (name, path_kind))
+    if args.check and failures:
+        print('\nFailed: ' + ', '.join(failures))
+        sys.exit(1)
 
 
 if __name__ == '__main__':
