@@ -41,6 +41,15 @@ std::string loadAndSave(const std::string& text) {
     return out;
 }
 
+// How often `name` occurs in the elements (after the internal subset).
+size_t countInElements(const std::string& saved, const std::string& name) {
+    size_t count = 0;
+    for (size_t at = saved.find(name, saved.find("]>")); at != std::string::npos;
+         at = saved.find(name, at + 1))
+        ++count;
+    return count;
+}
+
 class DefaultedAttributeSave : public ::testing::Test {
 protected:
     void SetUp() override { lumtest::initLibraryOnce(); }
@@ -77,7 +86,7 @@ TEST_F(DefaultedAttributeSave, DefaultsInTheirOwnDeclarations) {
         "<!ATTLIST doc tst:a2 CDATA \"1\">\n]>\n<doc tst:a2=\"2\"><e/></doc>";
     const std::string once = loadAndSave(text);
     EXPECT_EQ(once.find("ERROR"), std::string::npos) << once;
-    EXPECT_EQ(once.find("tst:a2"), once.rfind("tst:a2")) << once;
+    EXPECT_EQ(countInElements(once, "tst:a2="), 1u) << once;
     EXPECT_NE(once.find("tst:a2=\"2\""), std::string::npos) << once;
     EXPECT_EQ(loadAndSave(once), once);
 }
@@ -90,7 +99,7 @@ TEST_F(DefaultedAttributeSave, LinkAttributesDefaultedOnAnInnerElement) {
         "<a><b xlink:href=\"x\"/></a>";
     const std::string once = loadAndSave(text);
     EXPECT_EQ(once.find("ERROR"), std::string::npos) << once;
-    EXPECT_EQ(once.find("xlink:type"), once.rfind("xlink:type")) << once;
+    EXPECT_EQ(countInElements(once, "xlink:type="), 1u) << once;
     EXPECT_EQ(loadAndSave(once), once);
 }
 
