@@ -3,9 +3,11 @@
 # limit 50000, no default entity resolution, an entity directory): each
 # document on each path (DOM load, SAX pull to the end, and for some load +
 # save + load + save) in its own process under a time and an address-space
-# limit. Prints a table of time, peak memory above the start, and outcome.
+# limit. Prints a table of processor time (user + system, of the whole
+# process: the machine may be shared), peak memory above what the process
+# used before the call, and outcome.
 #
-#   bash tools/hostile.sh            # every document, 10 s and 4 GiB each
+#   bash tools/hostile.sh            # every document, 10 s of processor time and 4 GiB each
 #   bash tools/hostile.sh --short    # the few-MB documents, 5 s and 2 GiB each (CI);
 #                                    # fails on a kill, a crash, more than 200 MB or
 #                                    # a save that does not read back

@@ -12,6 +12,7 @@
 
 #include "host_test.h"
 #include "lumxml.h"
+#include "memory_pull.h"
 
 using lumtest::ErrorSlot;
 using lumtest::TempDir;
@@ -48,20 +49,13 @@ std::string loadThrough(const std::string& directory, const std::string& text) {
 // Reads `text` with the pull reader and answers every character event's text.
 std::string pullThrough(const std::string& directory, const std::string& text) {
     SaxParserInstance instance;
-    std::memset(&instance, 0, sizeof instance);
-    instance.flags = kNoDefaultResolution;
-    instance.inputKind = 1;
-    instance.memoryBuffer = text.data();
-    instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = -1;
+    lumtest::setUpMemoryPull(instance, text, kNoDefaultResolution, -1);
     instance.searchPath = directory.c_str();
     std::string characters;
-    int32_t more = lumSAXParseFirst(&instance);
-    while (more == 1) {
-        const SaxEvent* event = instance.eventHead;
-        if (event != nullptr && event->kind == 7) characters += static_cast<const char*>(event->arg1);
-        more = lumSAXParseNext(&instance);
-    }
+    lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        if (event.kind == 7) characters += static_cast<const char*>(event.arg1);
+        return true;
+    });
     lumSAXDeleteParserInstance(&instance);
     return characters;
 }

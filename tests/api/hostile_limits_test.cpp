@@ -11,6 +11,7 @@
 #include "host_test.h"
 #include "hostile_documents.h"
 #include "lumxml.h"
+#include "memory_pull.h"
 
 using lumtest::ErrorSlot;
 
@@ -49,23 +50,13 @@ struct Pulled {
 
 Pulled pullText(const std::string& text, int32_t limit, uint32_t flags = 0) {
     SaxParserInstance instance;
-    std::memset(&instance, 0, sizeof instance);
-    instance.flags = flags;
-    instance.inputKind = 1;
-    instance.memoryBuffer = text.data();
-    instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = limit;
+    lumtest::setUpMemoryPull(instance, text, flags, limit);
     Pulled out;
-    int32_t more = lumSAXParseFirst(&instance);
-    while (more == 1) {
-        if (const SaxEvent* event = instance.eventHead) {
-            ++out.events;
-            if (event->kind == 17)
-                out.fatalErrors.push_back(static_cast<const char*>(event->arg1));
-        }
-        more = lumSAXParseNext(&instance);
-    }
-    out.lastResult = more;
+    out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        ++out.events;
+        if (event.kind == 17) out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
+        return true;
+    });
     out.errorCode = instance.errorCode;
     lumSAXDeleteParserInstance(&instance);
     return out;

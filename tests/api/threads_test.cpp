@@ -14,6 +14,7 @@
 #include "host_test.h"
 #include "hostile_documents.h"
 #include "lumxml.h"
+#include "memory_pull.h"
 #include "writer_host.h"
 
 using lumtest::ErrorSlot;
@@ -77,20 +78,12 @@ std::string save(void* document) {
 
 void pull(const std::string& text, Outcome& outcome) {
     SaxParserInstance instance;
-    std::memset(&instance, 0, sizeof instance);
-    instance.flags = 4;
-    instance.inputKind = 1;
-    instance.memoryBuffer = text.data();
-    instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = 50000;
-    int32_t more = lumSAXParseFirst(&instance);
-    while (more == 1) {
-        if (const SaxEvent* event = instance.eventHead) {
-            ++outcome.events;
-            if (event->kind == 7) outcome.characters += static_cast<const char*>(event->arg1);
-        }
-        more = lumSAXParseNext(&instance);
-    }
+    lumtest::setUpMemoryPull(instance, text, 4, 50000);
+    lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        ++outcome.events;
+        if (event.kind == 7) outcome.characters += static_cast<const char*>(event.arg1);
+        return true;
+    });
     lumSAXDeleteParserInstance(&instance);
 }
 
