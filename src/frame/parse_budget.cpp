@@ -57,6 +57,7 @@ void ParseBudget::charge(uint64_t characters) {
 }
 
 void ParseBudget::readerMade() {
+    if (!armed_) return;  // stopped: the parse is unwinding
     if (inDtd_ && ++dtdExpansions_ > expansionLimit_)
         stop("parser has encountered more than '" + std::to_string(expansionLimit_) +
              "' parameter entity expansions in the document; this is the limit imposed by "
@@ -96,14 +97,15 @@ void ParseBudget::attributesDefined(uint64_t count) {
 }
 
 void ParseBudget::nameUsed(const XMLCh* name) {
-    if (name == nullptr || names_.size() < kMaxDistinctNames) {
-        if (name != nullptr) names_.emplace(name);
-        return;
-    }
-    if (names_.count(name) != 0) return;
-    stop("the document uses more than '" + std::to_string(kMaxDistinctNames) +
-         "' distinct element and attribute names; this is the limit imposed by the "
-         "application");
+    if (name == nullptr) return;
+    // The scratch copy keeps its room: a name seen before costs no allocation.
+    scratch_.assign(name);
+    if (names_.count(scratch_) != 0) return;
+    if (names_.size() >= kMaxDistinctNames)
+        stop("the document uses more than '" + std::to_string(kMaxDistinctNames) +
+             "' distinct element and attribute names; this is the limit imposed by the "
+             "application");
+    names_.insert(scratch_);
 }
 
 ParseBudget::Scope::Scope(ParseBudget* budget)

@@ -127,6 +127,7 @@ private:
     uint64_t longestValue_ = 0;
     uint64_t depth_ = 0;
     std::unordered_set<std::u16string> names_;
+    std::u16string scratch_;
     const xercesc::Locator* locator_ = nullptr;
     StopHandler stopHandler_ = nullptr;
     void* stopContext_ = nullptr;

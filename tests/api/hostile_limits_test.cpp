@@ -20,6 +20,22 @@ namespace {
 constexpr const char* kParameterLimit = "parameter entity expansions";
 constexpr const char* kAmplificationLimit = "amplification limit";
 constexpr const char* kNestingLimit = "nesting limit";
+constexpr const char* kNameLimit = "distinct element and attribute names";
+constexpr const char* kDeclarationLimit = "declares more than '256' attributes";
+
+// One element with `count` attributes of distinct names.
+std::string wideElement(int count) {
+    std::string text = "<r";
+    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + "='v'";
+    return text + "/>";
+}
+
+// An element type declaring `count` attributes with defaults.
+std::string declaredAttributes(int count) {
+    std::string text = "<!DOCTYPE r [<!ATTLIST r";
+    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + " CDATA 'v'";
+    return text + ">]><r/>";
+}
 
 struct Loaded {
     int32_t code = 0;
@@ -172,6 +188,28 @@ TEST_F(HostileLimits, NestingIsNotLimitedWithNamespacesOffOrWithoutALimit) {
     EXPECT_TRUE(pullText(deep, limit, 1).fatalErrors.empty());  // reader bit 0
     EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(20000), nullptr).code, 0);
     EXPECT_TRUE(pullText(lumtest::nestedNamespacedElements(20000), -1).fatalErrors.empty());
+}
+
+TEST_F(HostileLimits, DistinctNamesInADomAreLimited) {
+    EXPECT_EQ(loadText(wideElement(19999), &limit).code, 0);  // with the element's name: 20000
+    Loaded over = loadText(wideElement(20000), &limit);
+    EXPECT_EQ(over.code, 10);
+    EXPECT_TRUE(mentions(over.message, kNameLimit)) << over.message;
+    // Only the DOM keeps a pool of names; without a limit nothing is counted.
+    EXPECT_TRUE(pullText(wideElement(20000), limit).fatalErrors.empty());
+    EXPECT_EQ(loadText(wideElement(20000), nullptr).code, 0);
+}
+
+TEST_F(HostileLimits, AttributeDeclarationsOfOneElementTypeAreLimited) {
+    EXPECT_EQ(loadText(declaredAttributes(256), &limit).code, 0);
+    Loaded over = loadText(declaredAttributes(257), &limit);
+    EXPECT_EQ(over.code, 10);
+    EXPECT_TRUE(mentions(over.message, kDeclarationLimit)) << over.message;
+    EXPECT_TRUE(pullText(declaredAttributes(256), limit).fatalErrors.empty());
+    Pulled pulled = pullText(declaredAttributes(257), limit);
+    ASSERT_EQ(pulled.fatalErrors.size(), 1u);
+    EXPECT_TRUE(mentions(pulled.fatalErrors[0], kDeclarationLimit));
+    EXPECT_EQ(loadText(declaredAttributes(300), nullptr).code, 0);
 }
 
 }  // namespace
