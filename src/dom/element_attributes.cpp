@@ -28,6 +28,7 @@
 #include <xercesc/dom/impl/DOMElementImpl.hpp>
 #include <xercesc/dom/impl/DOMNodeIDMap.hpp>
 #include <xercesc/dom/impl/DOMNodeVector.hpp>
+#include <xercesc/framework/XMLAttDefList.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -60,35 +61,40 @@ struct Entry {
     bool specified;  // written by the author
 };
 
+constexpr size_t kNotFound = static_cast<size_t>(-1);
+
+// The element's attributes as they are merged. Lookups scan the few entries
+// of an ordinary element and go through hash tables for a wide one.
 class Merge {
 public:
-    Merge(bool namespaces, DOMNodeVector* nodes) : namespaces_(namespaces) {
+    Merge(bool namespaces, DOMNodeVector* nodes, size_t incoming) : namespaces_(namespaces) {
         const XMLSize_t count = nodes != nullptr ? nodes->size() : 0;
-        entries_.reserve(count);
+        hashed_ = count + incoming >= TextGatheringParser::kWideElement;
+        entries_.reserve(count + incoming);
         for (XMLSize_t i = 0; i < count; ++i) add({nodes->elementAt(i), false, false});
     }
 
     void take(const Entry& entry) {
-        auto named = byName_.find(textOf(entry.node->getNodeName()));
+        const size_t named = findName(entry.node);
         if (!namespaces_) {
-            if (named != byName_.end())
-                replace(named->second, entry);
+            if (named != kNotFound)
+                replace(named, entry);
             else
                 add(entry);
             return;
         }
         // The document type's copy of a default under this qualified name
         // (bound to the XML namespace) gives way to the scanner's.
-        if (named != byName_.end() && !entries_[named->second].fromList) drop(named->second);
-        auto same = byExpanded_.find(expandedKey(entry.node));
-        if (same == byExpanded_.end()) {
+        if (named != kNotFound && !entries_[named].fromList) drop(named);
+        const size_t same = findExpanded(entry.node);
+        if (same == kNotFound) {
             add(entry);
             return;
         }
-        const Entry& held = entries_[same->second];
+        const Entry& held = entries_[same];
         // A default never replaces what the author wrote.
         if (held.fromList && held.specified && !entry.specified) return;
-        replace(same->second, entry);
+        replace(same, entry);
     }
 
     // The nodes in order of qualified names, as the map keeps them.
@@ -104,6 +110,34 @@ public:
     }
 
 private:
+    size_t findName(const DOMNode* node) const {
+        if (hashed_) {
+            auto found = byName_.find(textOf(node->getNodeName()));
+            return found != byName_.end() ? found->second : kNotFound;
+        }
+        for (size_t i = 0; i < entries_.size(); ++i) {
+            const DOMNode* held = entries_[i].node;
+            if (held != nullptr && XMLString::equals(held->getNodeName(), node->getNodeName()))
+                return i;
+        }
+        return kNotFound;
+    }
+
+    size_t findExpanded(const DOMNode* node) const {
+        if (hashed_) {
+            auto found = byExpanded_.find(expandedKey(node));
+            return found != byExpanded_.end() ? found->second : kNotFound;
+        }
+        for (size_t i = 0; i < entries_.size(); ++i) {
+            const DOMNode* held = entries_[i].node;
+            if (held != nullptr &&
+                XMLString::equals(held->getNamespaceURI(), node->getNamespaceURI()) &&
+                XMLString::equals(held->getLocalName(), node->getLocalName()))
+                return i;
+        }
+        return kNotFound;
+    }
+
     void add(const Entry& entry) {
         index(entry.node, entries_.size());
         entries_.push_back(entry);
@@ -117,17 +151,21 @@ private:
 
     void drop(size_t at) {
         DOMNode* old = entries_[at].node;
-        if (namespaces_) byExpanded_.erase(expandedKey(old));
-        byName_.erase(textOf(old->getNodeName()));
+        if (hashed_) {
+            if (namespaces_) byExpanded_.erase(expandedKey(old));
+            byName_.erase(textOf(old->getNodeName()));
+        }
         entries_[at].node = nullptr;
     }
 
     void index(DOMNode* node, size_t at) {
+        if (!hashed_) return;
         if (namespaces_) byExpanded_[expandedKey(node)] = at;
         byName_[textOf(node->getNodeName())] = at;
     }
 
     bool namespaces_;
+    bool hashed_ = false;
     std::vector<Entry> entries_;
     std::unordered_map<std::u16string, size_t> byExpanded_;
     std::unordered_map<std::u16string, size_t> byName_;
@@ -136,9 +174,31 @@ private:
 }  // namespace
 
 bool TextGatheringParser::buildsOwnAttributes(const XMLElementDecl& elemDecl,
-                                              XMLSize_t attrCount) const {
+                                              XMLSize_t attrCount) {
     if (attrCount == 0 || getCreateSchemaInfo()) return false;
-    return attrCount >= kWideElement || (getDoNamespaces() && elemDecl.hasAttDefs());
+    if (attrCount >= kWideElement) return true;
+    return getDoNamespaces() && elemDecl.hasAttDefs() && hasPrefixedDefault(elemDecl);
+}
+
+// A default whose prefix is neither "xml" nor "xmlns": the document type
+// keeps it bound to the XML namespace, whatever the prefix means.
+bool TextGatheringParser::hasPrefixedDefault(const XMLElementDecl& elemDecl) {
+    auto known = prefixedDefaults_.find(&elemDecl);
+    if (known != prefixedDefaults_.end()) return known->second;
+    bool found = false;
+    XMLAttDefList& definitions = elemDecl.getAttDefList();
+    for (XMLSize_t i = 0; i < definitions.getAttDefCount() && !found; ++i) {
+        const XMLAttDef& definition = definitions.getAttDef(i);
+        const XMLAttDef::DefAttTypes type = definition.getDefaultType();
+        if (type != XMLAttDef::Default && type != XMLAttDef::Fixed) continue;
+        const XMLCh* name = definition.getFullName();
+        const int colon = XMLString::indexOf(name, chColon);
+        if (colon <= 0) continue;
+        const std::u16string prefix(name, static_cast<size_t>(colon));
+        found = prefix != u"xml" && prefix != u"xmlns";
+    }
+    prefixedDefaults_.emplace(&elemDecl, found);
+    return found;
 }
 
 DOMNode* TextGatheringParser::makeAttribute(const XMLAttr& scanned) {
@@ -173,7 +233,7 @@ void TextGatheringParser::addAttributes(const RefVectorOf<XMLAttr>& attrList,
                                         XMLSize_t attrCount) {
     auto* element = static_cast<DOMElementImpl*>(static_cast<DOMElement*>(fCurrentNode));
     DOMAttrMapImpl* map = element->fAttributes;
-    Merge merge(getDoNamespaces(), MapNodes::of(map));
+    Merge merge(getDoNamespaces(), MapNodes::of(map), attrCount);
     for (XMLSize_t i = 0; i < attrCount; ++i) {
         const XMLAttr* scanned = attrList.elementAt(i);
         merge.take({makeAttribute(*scanned), true, scanned->getSpecified()});

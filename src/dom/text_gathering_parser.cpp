@@ -98,12 +98,14 @@ void TextGatheringParser::ignorableWhitespace(const XMLCh* chars, XMLSize_t leng
 void TextGatheringParser::resetDocument() {
     text_.clear();
     pending_ = false;
+    prefixedDefaults_.clear();
     XercesDOMParser::resetDocument();
 }
 
 void TextGatheringParser::startDocument() {
     text_.clear();
     pending_ = false;
+    prefixedDefaults_.clear();
     XercesDOMParser::startDocument();
 }
 

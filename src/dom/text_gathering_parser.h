@@ -15,6 +15,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
@@ -25,6 +26,10 @@ namespace lumxml {
 class TextGatheringParser final : public XERCES_CPP_NAMESPACE::XercesDOMParser {
 public:
     using XercesDOMParser::XercesDOMParser;
+
+    // An element with this many attributes or more is wide: lumxml adds
+    // its attributes itself, through hash tables (element_attributes.cpp).
+    static constexpr XMLSize_t kWideElement = 32;
 
     // XercesDOMParser::parse, then the last gathered run into the tree: a
     // fatal error ends a parse without any further event, and the stock
@@ -78,9 +83,9 @@ private:
     void flushText();
     // Elements whose attributes lumxml adds itself (element_attributes.cpp):
     // wide ones, and with namespaces on those whose type has DTD defaults.
-    static constexpr XMLSize_t kWideElement = 32;
     bool buildsOwnAttributes(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl,
-                             XMLSize_t attrCount) const;
+                             XMLSize_t attrCount);
+    bool hasPrefixedDefault(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl);
     XERCES_CPP_NAMESPACE::DOMNode* makeAttribute(const XERCES_CPP_NAMESPACE::XMLAttr& scanned);
     // The scanner's attributes onto the element just started.
     void addAttributes(const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attrList,
@@ -92,6 +97,8 @@ private:
     std::basic_string<XMLCh> text_;
     bool pending_ = false;  // character data seen since the last hand-over
     ParseBudget budget_;
+    // Per element type of the parse: whether it has a prefixed default.
+    std::unordered_map<const void*, bool> prefixedDefaults_;
 
 };
 

@@ -109,8 +109,11 @@ void ParseBudget::nameUsed(const XMLCh* name) {
 }
 
 ParseBudget::Scope::Scope(ParseBudget* budget)
-    : previous_(current), installed_(budget != nullptr && budget->armed()) {
-    if (installed_) current = budget;
+    : previous_(nullptr), installed_(budget != nullptr && budget->armed()) {
+    // An unarmed parse does not touch the thread's slot at all.
+    if (!installed_) return;
+    previous_ = current;
+    current = budget;
 }
 
 ParseBudget::Scope::~Scope() {

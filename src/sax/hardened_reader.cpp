@@ -32,6 +32,7 @@ void HardenedReader::reportStop(void* context, const ParseLimitStop& stop) {
 
 template <typename Step>
 bool HardenedReader::budgeted(Step step) {
+    if (!budget_.armed()) return step();
     ParseBudget::Scope scope(&budget_);
     try {
         return step();
