@@ -7,6 +7,7 @@ used just before the call (MB), outcome. Used by tools/hostile.sh.
 """
 import argparse
 import os
+import re
 import resource
 import signal
 import subprocess
@@ -167,7 +168,15 @@ def run_one(driver, path_kind, document, entities, seconds, address_mb):
         reason = tail[-1][:90] if tail else 'exit status %d' % process.returncode
         return '%.2f' % used, '-', 'process died: ' + reason
     fields = line[-1].split('\t', 2)
-    return '%.2f' % used, fields[1], fields[2][:110]
+    return '%.2f' % used, fields[1], compact(fields[2])
+
+
+def compact(outcome):
+    """The outcome without the location part of a DOM message, and without
+    the common tail of the limit messages."""
+    outcome = re.sub(r"FATAL ERROR: file '[^']*', line '\d+', column '\d+', message ", '', outcome)
+    outcome = re.sub(r"; this is the [a-z ]*limit imposed by the application'?", '', outcome)
+    return outcome[:120]
 
 
 MEMORY_BOUND_MB = 200
