@@ -26,6 +26,7 @@
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "frame/owned_heap.h"
+#include "frame/platform.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -59,6 +60,16 @@ struct LoadParts {
     ~LoadParts() { parser.reset(); }
 };
 
+// The limits lumxml adds to a load with an expansion limit (after the
+// namespace option, which decides the depth limit).
+void armLoadBudget(TextGatheringParser& parser, const LoadRequest& request) {
+    const uint64_t inputBytes = request.sourceKind == kSourceMemory
+                                    ? request.memoryLength
+                                    : platform::fileSize(request.fileName);
+    parser.armBudget(static_cast<uint64_t>(static_cast<int64_t>(*request.entityExpansionLimit)),
+                     inputBytes);
+}
+
 std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     const char* directories = locationItem(request.locations, 0);
     const char* schemaLocation = locationItem(request.locations, 1);
@@ -83,6 +94,7 @@ std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     }
     if (directories != nullptr) {
         parts->resolver = std::make_unique<LumEntityResolver>(directories);
+        if (request.flags & kLoadNoDefaultEntityResolution) parts->resolver->confineToDirectories();
         parser.setEntityResolver(parts->resolver.get());
     }
     if (schemaLocation != nullptr)
@@ -90,6 +102,7 @@ std::unique_ptr<LoadParts> makeLoadParts(const LoadRequest& request) {
     if (noNamespaceSchemaLocation != nullptr)
         parser.setExternalNoNamespaceSchemaLocation(XmlString(noNamespaceSchemaLocation).get());
     if (!(request.flags & kLoadNamespacesOff)) parser.setDoNamespaces(true);
+    if (request.entityExpansionLimit != nullptr) armLoadBudget(*parts->parser, request);
     parts->reporter = std::make_unique<DOMTreeErrorReporter>();
     parser.setErrorHandler(parts->reporter.get());
     return parts;

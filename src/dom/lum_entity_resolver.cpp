@@ -12,6 +12,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLURL.hpp>
 
+#include "dom/directory_confinement.h"
 #include "frame/host_codec.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -120,8 +121,10 @@ InputSource* LumEntityResolver::resolveEntity(const XMLCh* const, const XMLCh* c
 InputSource* LumEntityResolver::findIn(const XMLCh* directory, const XMLCh* systemId) {
     auto local = std::make_unique<LocalFileInputSource>(directory, systemId);
     XercesText full{join(directory, systemId)};
+    if (confined_ && !opensWithin(*local, directory)) return nullptr;
     if (opens(*local)) return local.release();
     local.reset();
+    if (confined_ && hasParentSegment(systemId)) return nullptr;
     try {
         XMLURL url(full.text);
         auto remote = std::make_unique<URLInputSource>(url);

@@ -25,6 +25,10 @@ public:
     XERCES_CPP_NAMESPACE::InputSource* resolveEntity(const XMLCh* const publicId,
                                                      const XMLCh* const systemId) override;
 
+    // From now on an id found through a directory must stay inside it
+    // (dom/directory_confinement.h); one that leaves it is not found there.
+    void confineToDirectories() { confined_ = true; }
+
     // The stored directories (each ending in a separator), in list order.
     size_t directoryCount() const;
     const XMLCh* directory(size_t index) const { return directories_[index]; }
@@ -34,6 +38,7 @@ private:
     XERCES_CPP_NAMESPACE::InputSource* findIn(const XMLCh* directory, const XMLCh* systemId);
 
     XMLCh* directories_[kMaxDirectories] = {};
+    bool confined_ = false;
 };
 
 // True when `systemId` names its entity absolutely: an absolute path, a URL

@@ -1,5 +1,11 @@
 #include "dom/text_gathering_parser.h"
 
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
+#include <xercesc/validators/DTD/DTDElementDecl.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace lumxml {
@@ -14,18 +20,35 @@ void TextGatheringParser::flushText() {
     pending_ = false;
 }
 
+template <typename Source>
+void TextGatheringParser::parseBudgeted(const Source& source) {
+    ParseBudget::Scope scope(&budget_);
+    budget_.setLocator(getScanner()->getLocator());
+    try {
+        parse(source);
+    } catch (const ParseLimitStop& stop) {
+        // Reported as the expansion limit of Xerces is: a fatal error, after
+        // which the parse is over.
+        if (ErrorHandler* handler = getErrorHandler()) handler->fatalError(asParseException(stop));
+    }
+}
+
 void TextGatheringParser::parseGathering(const InputSource& source) {
     text_.clear();
     pending_ = false;
-    parse(source);
+    parseBudgeted(source);
     flushText();
 }
 
 void TextGatheringParser::parseGathering(const XMLCh* systemId) {
     text_.clear();
     pending_ = false;
-    parse(systemId);
+    parseBudgeted(systemId);
     flushText();
+}
+
+void TextGatheringParser::armBudget(uint64_t expansionLimit, uint64_t inputBytes) {
+    budget_.arm(expansionLimit, inputBytes, getDoNamespaces());
 }
 
 void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,
@@ -57,6 +80,7 @@ void TextGatheringParser::endDocument() {
 void TextGatheringParser::endElement(const XMLElementDecl& elemDecl, unsigned int urlId,
                                      bool isRoot, const XMLCh* elemPrefix) {
     flushText();
+    budget_.elementEnded();
     XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
 }
 
@@ -74,12 +98,14 @@ void TextGatheringParser::ignorableWhitespace(const XMLCh* chars, XMLSize_t leng
 void TextGatheringParser::resetDocument() {
     text_.clear();
     pending_ = false;
+    prefixedDefaults_.clear();
     XercesDOMParser::resetDocument();
 }
 
 void TextGatheringParser::startDocument() {
     text_.clear();
     pending_ = false;
+    prefixedDefaults_.clear();
     XercesDOMParser::startDocument();
 }
 
@@ -88,13 +114,60 @@ void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned 
                                        const RefVectorOf<XMLAttr>& attrList,
                                        XMLSize_t attrCount, bool isEmpty, bool isRoot) {
     flushText();
-    XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
-                                  isRoot);
+    if (budget_.armed()) {
+        budget_.elementStarted(attrList, attrCount);
+        budget_.nameUsed(elemDecl.getFullName());
+        for (XMLSize_t i = 0; i < attrCount; ++i) budget_.nameUsed(attrList.elementAt(i)->getQName());
+    }
+    if (!buildsOwnAttributes(elemDecl, attrCount)) {
+        XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
+                                      isRoot);
+        return;
+    }
+    // The stock builder makes the element and its document-type defaults;
+    // the scanner's attributes are added here. An empty element then ends
+    // as the stock builder ends it.
+    XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, 0, false, isRoot);
+    addAttributes(attrList, attrCount);
+    if (isEmpty) endElement(elemDecl, urlId, isRoot, elemPrefix);
 }
 
 void TextGatheringParser::startEntityReference(const XMLEntityDecl& entDecl) {
     flushText();
+    if (budget_.armed()) budget_.contentReferenceStarted(entDecl.getValueLen());
     XercesDOMParser::startEntityReference(entDecl);
+}
+
+void TextGatheringParser::startIntSubset() {
+    budget_.enterDtd();
+    XercesDOMParser::startIntSubset();
+}
+
+void TextGatheringParser::endIntSubset() {
+    budget_.leaveDtd();
+    XercesDOMParser::endIntSubset();
+}
+
+void TextGatheringParser::startExtSubset() {
+    budget_.enterDtd();
+    XercesDOMParser::startExtSubset();
+}
+
+void TextGatheringParser::endExtSubset() {
+    budget_.leaveDtd();
+    XercesDOMParser::endExtSubset();
+}
+
+void TextGatheringParser::attDef(const DTDElementDecl& elemDecl, const DTDAttDef& attDef,
+                          const bool ignoring) {
+    if (budget_.armed()) budget_.attributesDefined(elemDecl.getAttDefList().getAttDefCount());
+    XercesDOMParser::attDef(elemDecl, attDef, ignoring);
+}
+
+void TextGatheringParser::entityDecl(const DTDEntityDecl& entityDecl, bool isPEDecl,
+                                     bool isIgnored) {
+    if (!entityDecl.isExternal()) budget_.entityDeclared(entityDecl.getValueLen());
+    XercesDOMParser::entityDecl(entityDecl, isPEDecl, isIgnored);
 }
 
 void TextGatheringParser::handleElementPSVI(const XMLCh* localName, const XMLCh* uri,

@@ -1,5 +1,7 @@
 #include "frame/guarded_trans_service.h"
 
+#include "frame/parse_budget.h"
+
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 
@@ -37,7 +39,12 @@ public:
     XMLLCPTranscoder* makeNewLCPTranscoder(MemoryManager* manager) override {
         return inner_->makeNewLCPTranscoder(manager);
     }
-    bool supportsSrcOfs() const override { return inner_->supportsSrcOfs(); }
+    // Every reader Xerces makes asks this once: the one hook there is for
+    // counting entity expansions (frame/parse_budget.h).
+    bool supportsSrcOfs() const override {
+        ParseBudget::noteReaderMade();
+        return inner_->supportsSrcOfs();
+    }
     void upperCase(XMLCh* const text) override { inner_->upperCase(text); }
     void lowerCase(XMLCh* const text) override { inner_->lowerCase(text); }
 

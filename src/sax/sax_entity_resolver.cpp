@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLURL.hpp>
 
+#include "dom/directory_confinement.h"
 #include "frame/host_codec.h"
 #include "sax/sax_events.h"
 #include "sax/sax_handlers.h"
@@ -29,9 +30,10 @@ bool opens(InputSource& source) {
     return stream != nullptr;
 }
 
-InputSource* tryLocalFile(const XMLCh* directory, const XMLCh* systemId) {
+InputSource* tryLocalFile(const XMLCh* directory, const XMLCh* systemId, bool confined) {
     try {
         auto source = std::make_unique<LocalFileInputSource>(directory, systemId);
+        if (confined && !opensWithin(*source, directory)) return nullptr;
         if (opens(*source)) return source.release();
     } catch (const XMLException&) {
         // A name that cannot be made into a path: not in this directory.
@@ -39,7 +41,8 @@ InputSource* tryLocalFile(const XMLCh* directory, const XMLCh* systemId) {
     return nullptr;
 }
 
-InputSource* tryUrl(const XMLCh* directory, const XMLCh* systemId) {
+InputSource* tryUrl(const XMLCh* directory, const XMLCh* systemId, bool confined) {
+    if (confined && hasParentSegment(systemId)) return nullptr;
     const std::basic_string<XMLCh> joined = std::basic_string<XMLCh>(directory) + systemId;
     try {
         XMLURL url(joined.c_str());
@@ -145,9 +148,12 @@ InputSource* LumSAXEntityResolver::askHost(const XMLCh* publicId, const XMLCh* s
 }
 
 InputSource* LumSAXEntityResolver::searchDirectories(const XMLCh* systemId) const {
+    // Without default entity resolution (flag bit 2) an id found through a
+    // directory must stay inside it.
+    const bool confined = instance_ != nullptr && (instance_->flags & 4) != 0;
     for (int i = 0; i < kMaxDirectories && directories_[i] != nullptr; ++i) {
-        if (InputSource* source = tryLocalFile(directories_[i], systemId)) return source;
-        if (InputSource* source = tryUrl(directories_[i], systemId)) return source;
+        if (InputSource* source = tryLocalFile(directories_[i], systemId, confined)) return source;
+        if (InputSource* source = tryUrl(directories_[i], systemId, confined)) return source;
     }
     return nullptr;
 }

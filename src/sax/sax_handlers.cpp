@@ -244,6 +244,12 @@ void LumSAXErrorHandler::fatalError(const SAXParseException& exc) {
     }
 }
 
+void LumSAXErrorHandler::stopAtLimit(const SAXParseException& exc) {
+    queueError(exc, kFatalError);
+    endedAtLimit_ = true;
+    throw EntityExpansionLimitStop();
+}
+
 bool LumSAXErrorHandler::isExpansionLimitError(const SAXParseException& exc) const {
     auto* reader = static_cast<SAX2XMLReaderImpl*>(instance_->reader);
     if (reader == nullptr) return false;

@@ -95,6 +95,9 @@ public:
 
     // True once the parse was ended at the entity-expansion limit.
     bool endedAtExpansionLimit() const { return endedAtLimit_; }
+    // Ends the parse at one of lumxml's own limits (sax/hardened_reader.h)
+    // the way the expansion limit ends it: the fatal error, then the end.
+    [[noreturn]] void stopAtLimit(const xercesc::SAXParseException& exc);
 
 private:
     void queueError(const xercesc::SAXParseException& exc, uint32_t kind);

@@ -20,6 +20,8 @@
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "frame/owned_heap.h"
+#include "frame/platform.h"
+#include "sax/hardened_reader.h"
 #include "sax/sax_entity_resolver.h"
 #include "sax/sax_events.h"
 #include "sax/sax_handlers.h"
@@ -118,11 +120,13 @@ struct HeapHolder {
     HeapRef heap{OwnedHeap::create()};
 };
 
-class OwnedHeapReader final : private HeapHolder, public SAX2XMLReaderImpl {
+class OwnedHeapReader final : private HeapHolder, public HardenedReader {
 public:
-    OwnedHeapReader() : SAX2XMLReaderImpl(heap.get()) {}
+    OwnedHeapReader() : HardenedReader(heap.get()) {}
     OwnedHeap* ownHeap() const { return heap.get(); }
 };
+
+bool isMemoryInput(int32_t kind) { return kind == 1 || kind == 5; }
 
 SAX2XMLReaderImpl* newReader() {
     std::unique_ptr<SAX2XMLReaderImpl> reader(new OwnedHeapReader());
@@ -135,6 +139,16 @@ void setStringProperty(SAX2XMLReaderImpl& reader, const XMLCh* property, const c
     if (!hasText(value)) return;
     XmlString wide(value);  // Xerces keeps its own copy
     reader.setProperty(property, const_cast<XMLCh*>(wide.get()));
+}
+
+// lumxml's own limits of a reader with an expansion limit (every reader is
+// a HardenedReader: newReader makes no other).
+void armReaderBudget(SAX2XMLReaderImpl& reader, const SaxParserInstance& instance) {
+    const uint64_t inputBytes = isMemoryInput(instance.inputKind)
+                                    ? instance.memoryLength
+                                    : platform::fileSize(instance.fileName);
+    static_cast<HardenedReader&>(reader).armBudget(
+        static_cast<uint64_t>(instance.entityExpansionLimit), inputBytes, &instance);
 }
 
 // The options of the record, read as they stand now, onto the reader.
@@ -156,6 +170,7 @@ void applyOptions(SAX2XMLReaderImpl& reader, const SaxParserInstance& instance) 
         manager->setEntityExpansionLimit(static_cast<XMLSize_t>(instance.entityExpansionLimit));
         reader.setProperty(XMLUni::fgXercesSecurityManager, manager.get());
         manager.release();  // owned through the record's reader from now on
+        armReaderBudget(reader, instance);
     }
 }
 
@@ -203,8 +218,6 @@ struct StartOutcome {
     Start how = Start::Parsed;
     bool result = false;
 };
-
-bool isMemoryInput(int32_t kind) { return kind == 1 || kind == 5; }
 
 bool parseFirstOn(SaxParserInstance& instance) {
     SAX2XMLReaderImpl& reader = *readerOf(instance);

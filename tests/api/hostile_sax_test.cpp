@@ -9,6 +9,7 @@
 #include "host_test.h"
 #include "hostile_documents.h"
 #include "lumxml.h"
+#include "memory_pull.h"
 
 using lumtest::TempDir;
 using lumtest::billionLaughs;
@@ -27,23 +28,14 @@ struct Pull {
 Pull pull(const std::string& text, uint32_t flags = 0, int32_t limit = -1,
           size_t maxEvents = 5000000) {
     SaxParserInstance instance;
-    std::memset(&instance, 0, sizeof instance);
-    instance.flags = flags;
-    instance.inputKind = 1;
-    instance.memoryBuffer = text.data();
-    instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = limit;
+    lumtest::setUpMemoryPull(instance, text, flags, limit);
     Pull out;
-    int32_t more = lumSAXParseFirst(&instance);
-    while (more == 1 && out.names.size() < maxEvents) {
-        const SaxEvent* event = instance.eventHead;
-        if (event != nullptr) {
-            out.names.push_back(event->name != nullptr ? event->name : "");
-            if (event->kind == 7) out.characters += reinterpret_cast<uintptr_t>(event->arg2) & 0xffffffffu;
-        }
-        more = lumSAXParseNext(&instance);
-    }
-    out.lastResult = more;
+    out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        if (out.names.size() >= maxEvents) return false;
+        out.names.push_back(event.name != nullptr ? event.name : "");
+        if (event.kind == 7) out.characters += reinterpret_cast<uintptr_t>(event.arg2) & 0xffffffffu;
+        return true;
+    });
     out.errorCode = instance.errorCode;
     out.errorText = std::string(instance.errorText, strnlen(instance.errorText, 256));
     lumSAXDeleteParserInstance(&instance);

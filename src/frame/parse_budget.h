@@ -1,0 +1,136 @@
+// The limits a hardened parse (one with an entity-expansion limit) adds to
+// Xerces' own count of general-entity expansions:
+//
+// - Expansions inside the document type declaration (parameter entities,
+//   and general entities in default attribute values), which Xerces never
+//   counts, are counted against the same limit.
+// - Characters produced by entity expansions (content, attribute values,
+//   the DTD) may not exceed the larger of kAmplificationThreshold and
+//   kAmplificationFactor times the size of the document handed over.
+// - With namespaces on, elements may not nest deeper than kMaxDepth (Xerces'
+//   namespace scopes make each level cost as much as the depth).
+// - An element type may declare at most kMaxAttributeDefinitions attributes
+//   (the DOM builds each element's defaults in time quadratic in their
+//   number), and every attribute a DTD default adds to an element counts
+//   against the character limit with its name, its value and
+//   kDefaultedAttributeCharge characters for its node.
+// - A DOM may hold at most kMaxDistinctNames distinct element and attribute
+//   names: Xerces' DOM keeps every name in a pool of 257 chains, so each new
+//   name costs as much as the names before it.
+//
+// Xerces has no hook for entity expansions: every expansion makes a new
+// reader, and every reader asks the transcoding service once whether it
+// supports source offsets (frame/guarded_trans_service.cpp), which reports
+// it here. Each reader is charged the longest replacement text declared so
+// far; a reader for a general entity in content is then charged its
+// entity's own length instead when the parser announces the reference.
+// Charges are therefore an upper bound of the characters produced.
+//
+// A limit that is hit throws ParseLimitStop; the parser that armed the
+// budget catches it and reports a fatal error with its message.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/util/RefVectorOf.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+
+namespace lumxml {
+
+// Ends a parse at one of the budget's limits.
+struct ParseLimitStop {
+    std::string message;
+    std::u16string systemId;
+    std::u16string publicId;
+    uint64_t line = 0;
+    uint64_t column = 0;
+};
+
+// The stop as the fatal error an error handler receives.
+xercesc::SAXParseException asParseException(const ParseLimitStop& stop);
+
+class ParseBudget {
+public:
+    static constexpr uint64_t kAmplificationThreshold = 8u * 1024u * 1024u;  // characters
+    static constexpr uint64_t kAmplificationFactor = 10;
+    static constexpr uint64_t kMaxDepth = 10000;
+    static constexpr uint64_t kMaxAttributeDefinitions = 256;
+    static constexpr uint64_t kDefaultedAttributeCharge = 16;
+    static constexpr uint64_t kMaxDistinctNames = 20000;
+
+    // A budget does nothing until it is armed.
+    void arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDepth);
+    void disarm() { armed_ = false; }
+    bool armed() const { return armed_; }
+    // Where a stop is located (the scanner's locator; may be null).
+    void setLocator(const xercesc::Locator* locator) { locator_ = locator; }
+    // Called with a stop before it is thrown, while the scanner still knows
+    // where it is; it may throw an exception of its own instead.
+    using StopHandler = void (*)(void* context, const ParseLimitStop& stop);
+    void setStopHandler(StopHandler handler, void* context) {
+        stopHandler_ = handler;
+        stopContext_ = context;
+    }
+
+    // Hooks, called from the parser's handlers. Each may throw ParseLimitStop.
+    void readerMade();
+    void enterDtd() { inDtd_ = true; }
+    void leaveDtd() { inDtd_ = false; }
+    void entityDeclared(uint64_t valueLength);
+    void contentReferenceStarted(uint64_t valueLength);
+    // An element starts with the scanner's attribute list (defaults
+    // included); `closes` is false for an empty element whose end is not
+    // reported.
+    void elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                        XMLSize_t count, bool counted = true);
+    void attributesDefined(uint64_t count);
+    // A name a DOM node is given (DOM only).
+    void nameUsed(const XMLCh* name);
+    void elementEnded() {
+        if (depth_ != 0) --depth_;
+    }
+
+    // Makes `budget` the one readers of this thread report to while it
+    // lives (the previous one afterwards); null budgets and unarmed ones
+    // are not installed.
+    class Scope {
+    public:
+        explicit Scope(ParseBudget* budget);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        ParseBudget* previous_;
+        bool installed_;
+    };
+
+    // For the transcoding service: a reader was made on this thread.
+    static void noteReaderMade();
+
+private:
+    [[noreturn]] void stop(std::string message) const;
+    void charge(uint64_t characters);
+
+    bool armed_ = false;
+    bool limitDepth_ = false;
+    bool inDtd_ = false;
+    uint64_t expansionLimit_ = 0;
+    uint64_t characterBudget_ = 0;
+    uint64_t dtdExpansions_ = 0;
+    uint64_t characters_ = 0;
+    uint64_t longestValue_ = 0;
+    uint64_t depth_ = 0;
+    std::unordered_set<std::u16string> names_;
+    std::u16string scratch_;
+    const xercesc::Locator* locator_ = nullptr;
+    StopHandler stopHandler_ = nullptr;
+    void* stopContext_ = nullptr;
+};
+
+}  // namespace lumxml

@@ -1,0 +1,57 @@
+// The pull reader's Xerces reader: SAX2XMLReaderImpl with the limits of a
+// hardened parse (frame/parse_budget.h). Unarmed (no expansion limit) it
+// only passes every call on.
+#pragma once
+
+#include <cstdint>
+
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+
+#include "frame/parse_budget.h"
+#include "lumxml.h"
+
+namespace lumxml {
+
+class HardenedReader : public xercesc::SAX2XMLReaderImpl {
+public:
+    explicit HardenedReader(xercesc::MemoryManager* manager);
+
+    // Arms the limits for the parse that follows; set the namespace
+    // feature first. `instance` is the record whose locator locates a stop.
+    void armBudget(uint64_t expansionLimit, uint64_t inputBytes, const SaxParserInstance* instance);
+
+    // A limit that is hit becomes a "FatalError" event and ends the parse
+    // as the expansion limit of Xerces does (EntityExpansionLimitStop).
+    bool parseFirst(const XMLCh* const systemId, xercesc::XMLPScanToken& toFill) override;
+    bool parseFirst(const char* const systemId, xercesc::XMLPScanToken& toFill) override;
+    bool parseFirst(const xercesc::InputSource& source, xercesc::XMLPScanToken& toFill) override;
+    bool parseNext(xercesc::XMLPScanToken& token) override;
+
+    // Each tells the budget, then does what the stock reader does.
+    void startDocument() override;
+    void startElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
+                      const XMLCh* const elemPrefix,
+                      const xercesc::RefVectorOf<xercesc::XMLAttr>& attrList,
+                      const XMLSize_t attrCount, const bool isEmpty, const bool isRoot) override;
+    void endElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
+                    const bool isRoot, const XMLCh* const elemPrefix) override;
+    void startEntityReference(const xercesc::XMLEntityDecl& entityDecl) override;
+    void startIntSubset() override;
+    void endIntSubset() override;
+    void startExtSubset() override;
+    void endExtSubset() override;
+    void attDef(const xercesc::DTDElementDecl& elemDecl, const xercesc::DTDAttDef& attDef,
+                const bool ignoring) override;
+    void entityDecl(const xercesc::DTDEntityDecl& entityDecl, const bool isPEDecl,
+                    const bool isIgnored) override;
+
+private:
+    template <typename Step>
+    bool budgeted(Step step);
+    static void reportStop(void* context, const ParseLimitStop& stop);
+
+    ParseBudget budget_;
+    const SaxParserInstance* instance_ = nullptr;
+};
+
+}  // namespace lumxml
