@@ -93,7 +93,7 @@ void NamespaceFixup::fixElement(DOMElement* element) {
     DOMNamedNodeMap* attributes = element->getAttributes();
     const XMLSize_t original = attributes->getLength();
     fixedElement_ = element;
-    mayDeclare_ = mayHoldDeclaration(attributes, original);
+    mayDeclare_ = !shortcuts_ || mayHoldDeclaration(attributes, original);
     fix(element, element);
     for (XMLSize_t i = 0; i < original; ++i) {
         DOMNode* attr = attributes->item(i);

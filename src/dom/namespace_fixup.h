@@ -33,8 +33,11 @@ namespace lumxml {
 // keeps for the save) until the declarations in scope change.
 class NamespaceFixup {
 public:
-    NamespaceFixup(XERCES_CPP_NAMESPACE::DOMNode* start, DomNodeList& additions)
-        : start_(start), additions_(additions) {}
+    // Without `shortcuts` every lookup is made in full (for the tests that
+    // compare the two).
+    NamespaceFixup(XERCES_CPP_NAMESPACE::DOMNode* start, DomNodeList& additions,
+                   bool shortcuts = true)
+        : start_(start), additions_(additions), shortcuts_(shortcuts) {}
 
     NamespaceFixup(const NamespaceFixup&) = delete;
     NamespaceFixup& operator=(const NamespaceFixup&) = delete;
@@ -72,6 +75,7 @@ private:
 
     XERCES_CPP_NAMESPACE::DOMNode* start_;
     DomNodeList& additions_;
+    bool shortcuts_;
     // Non-empty declared values of the entered elements, innermost last
     // (a name whose stack is empty is not in scope).
     std::unordered_map<Name, std::vector<const XMLCh*>> inScope_;

@@ -46,7 +46,7 @@ const XMLCh* attributeValue(DOMNode* attr, XMLSize_t& length) {
 
 void NodeWriter::write(DOMNode* start) {
     if (start == nullptr) return;
-    NamespaceFixup fixup(start, additions_);
+    NamespaceFixup fixup(start, additions_, options_.namespaceShortcuts);
     fixup_ = &fixup;
     try {
         walk(start);

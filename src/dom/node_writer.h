@@ -37,6 +37,9 @@ struct NodeWriterOptions {
     // escapes itself (the same bytes as the formatter's, learned from it)
     // and leaves the formatter only texts with a lone surrogate.
     XERCES_CPP_NAMESPACE::XMLFormatTarget* utf8Target = nullptr;
+    // The namespace fix-up's shortcuts (see NamespaceFixup); off only in
+    // the tests that compare them with the full lookups.
+    bool namespaceShortcuts = true;
 };
 
 class NodeWriter {
