@@ -5,8 +5,8 @@
 //     string a host-facing layer must hand out (element and attribute
 //     names, values, text, comments, processing instructions, prefixes);
 //   - a raw Xerces SAX2 parse whose handler only transcodes names
-//     (elements and attributes), attribute values and character chunks to
-//     UTF-8 into one reused buffer: the least a layer can do;
+//     (elements and attributes) and character chunks to UTF-8 into one
+//     reused buffer: far less than a host-facing layer must hand out;
 //   - libxml2's xmlTextReader reading every node's type, name and value,
 //     attributes included.
 // PullMemory reports the peak memory a pull through a large document needs.
@@ -217,9 +217,10 @@ private:
     XMLTranscoder* transcoder_ = nullptr;
 };
 
-// Transcodes element and attribute names, attribute values and character
-// chunks into one reused buffer with Xerces' UTF-8 transcoder: no
-// allocation per string, nothing for URIs, types, prefixes or comments.
+// Transcodes element and attribute names (qualified) and character chunks
+// into one reused buffer with Xerces' UTF-8 transcoder: no allocation per
+// string, nothing for values, URIs, local names, types, prefixes or
+// comments.
 class TranscodingHandler : public DefaultHandler {
 public:
     TranscodingHandler() {
@@ -233,10 +234,7 @@ public:
                       const Attributes& attrs) override {
         ++events;
         transcode(qname);
-        for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
-            transcode(attrs.getQName(i));
-            transcode(attrs.getValue(i));
-        }
+        for (XMLSize_t i = 0; i < attrs.getLength(); ++i) transcode(attrs.getQName(i));
     }
     void endElement(const XMLCh* const, const XMLCh* const, const XMLCh* const qname) override {
         ++events;
