@@ -129,19 +129,30 @@ void lumxmlPull(benchmark::State& state, Document document) {
 
 // ---- raw Xerces SAX2 ---------------------------------------------------------
 
-// Makes and drops the UTF-8 copy of every string, with Xerces' own UTF-8
-// transcoder, as a layer that hands strings to a host must. (Xerces'
-// TranscodeToStr and XMLString::transcode were tried too: both are slower
-// than this, which makes this the strictest reference.)
-class CopyingHandler : public DefaultHandler {
+// A SAX2 handler with Xerces' own UTF-8 transcoder and the counters a run
+// reads afterwards.
+class Utf8Handler : public DefaultHandler {
 public:
-    CopyingHandler() {
+    Utf8Handler() {
         XMLTransService::Codes code = XMLTransService::Ok;
         transcoder_ = XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
             XMLRecognizer::UTF_8, code, 16 * 1024);
     }
-    ~CopyingHandler() override { delete transcoder_; }
+    ~Utf8Handler() override { delete transcoder_; }
 
+    int64_t events = 0;
+    uint64_t sum = 0;
+
+protected:
+    XMLTranscoder* transcoder_ = nullptr;
+};
+
+// Makes and drops the UTF-8 copy of every string, with Xerces' own UTF-8
+// transcoder, as a layer that hands strings to a host must. (Xerces'
+// TranscodeToStr and XMLString::transcode were tried too: both are slower
+// than this, which makes this the strictest reference.)
+class CopyingHandler : public Utf8Handler {
+public:
     void startElement(const XMLCh* const uri, const XMLCh* const localname,
                       const XMLCh* const qname, const Attributes& attrs) override {
         ++events;
@@ -192,9 +203,6 @@ public:
     void startDocument() override { ++events; }
     void endDocument() override { ++events; }
 
-    int64_t events = 0;
-    uint64_t sum = 0;
-
 private:
     void copy(const XMLCh* text) {
         if (text != nullptr) copy(text, XMLString::stringLen(text));
@@ -213,23 +221,14 @@ private:
         sum += out[0];
         memory->deallocate(out);
     }
-
-    XMLTranscoder* transcoder_ = nullptr;
 };
 
 // Transcodes element and attribute names (qualified) and character chunks
 // into one reused buffer with Xerces' UTF-8 transcoder: no allocation per
 // string, nothing for values, URIs, local names, types, prefixes or
 // comments.
-class TranscodingHandler : public DefaultHandler {
+class TranscodingHandler : public Utf8Handler {
 public:
-    TranscodingHandler() {
-        XMLTransService::Codes code = XMLTransService::Ok;
-        transcoder_ = XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-            XMLRecognizer::UTF_8, code, 16 * 1024);
-    }
-    ~TranscodingHandler() override { delete transcoder_; }
-
     void startElement(const XMLCh* const, const XMLCh* const, const XMLCh* const qname,
                       const Attributes& attrs) override {
         ++events;
@@ -249,9 +248,6 @@ public:
         transcode(chars, length);
     }
 
-    int64_t events = 0;
-    uint64_t sum = 0;
-
 private:
     void transcode(const XMLCh* text) { transcode(text, XMLString::stringLen(text)); }
     void transcode(const XMLCh* text, XMLSize_t length) {
@@ -263,7 +259,6 @@ private:
         sum += made != 0 ? out[0] : 0;
     }
 
-    XMLTranscoder* transcoder_ = nullptr;
     std::string buffer_;
 };
 

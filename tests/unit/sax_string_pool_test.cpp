@@ -31,7 +31,8 @@ const XMLCh* units(const std::u16string& text) { return reinterpret_cast<const X
 std::u16string randomText(std::mt19937& random, size_t maxLength) {
     static const char16_t kPool[] = {u'a', u' ', u'<', u'&', u'\n', u'\x7f', u'\u0080', u'\u00e9',
                                      u'\u07ff', u'\u0800', u'\u20ac', u'\u4e2d', u'\ufffd',
-                                     u'\uffff', u'\ud800', u'\udbff', u'\udc00', u'\udfff'};
+                                     u'\uffff', char16_t{0xD800}, char16_t{0xDBFF}, char16_t{0xDC00},
+                                     char16_t{0xDFFF}};
     std::u16string text;
     const size_t length = random() % (maxLength + 1);
     // Long ASCII runs as well as mixed text.
