@@ -14,6 +14,16 @@ std::string catalogue(size_t bytes);
 // catalogue(megabytes << 20), made once per size and kept.
 const std::string& cachedCatalogue(int64_t megabytes);
 
+// A catalogue of records whose sections nest up to seven levels deep, each
+// with attributes from three namespaces, indentation, mixed content (text
+// with inline elements and references) and international text (Latin,
+// Greek, Cyrillic, Hebrew, CJK, and characters beyond the basic plane),
+// about `bytes` long: the shape of real documents.
+std::string nestedCatalogue(size_t bytes);
+
+// nestedCatalogue(megabytes << 20), made once per size and kept.
+const std::string& cachedNestedCatalogue(int64_t megabytes);
+
 // Paragraphs of `words` words of prose in which 8% of the words are entity
 // or character references, about `bytes` long: text dense with references.
 std::string referenceDense(size_t bytes, int words = 150);

@@ -1,9 +1,10 @@
 // Loading a document from memory: lumDocLoad (and lumDocDelete) as a host
 // calls them, beside a raw XercesDOMParser in a process where Xerces was
 // started with XMLPlatformUtils::Initialize()'s defaults, and beside
-// libxml2's xmlReadMemory. Two documents: the plain catalogue, and prose
-// dense with entity and character references, where the default DOM heap
-// makes Xerces quadratic.
+// libxml2's xmlReadMemory. Three documents: the plain catalogue, the nested
+// one (sections within sections, mixed content, international text), and
+// prose dense with entity and character references, where the default DOM
+// heap makes Xerces quadratic.
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -97,6 +98,16 @@ void LoadXercesDefault(benchmark::State& state) {
 }
 void LoadXerces(benchmark::State& state) { xercesLoad(state, bench::cachedCatalogue); }
 void LoadLibxml2(benchmark::State& state) { libxml2Load(state, bench::cachedCatalogue); }
+void LoadNestedLumxml(benchmark::State& state) { lumxmlLoad(state, bench::cachedNestedCatalogue); }
+void LoadNestedXercesDefault(benchmark::State& state) {
+    xercesDefaultLoad(state, bench::cachedNestedCatalogue);
+}
+void LoadNestedXerces(benchmark::State& state) {
+    xercesLoad(state, bench::cachedNestedCatalogue);
+}
+void LoadNestedLibxml2(benchmark::State& state) {
+    libxml2Load(state, bench::cachedNestedCatalogue);
+}
 void LoadReferencesLumxml(benchmark::State& state) {
     lumxmlLoad(state, bench::cachedReferenceDense);
 }
@@ -117,12 +128,18 @@ void bench::registerLoad() {
     // The default-started Xerces runs come first (see xercesDefaultLoad).
     add("Load", "xerces-default", LoadXercesDefault, 1.05)
         ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("LoadNested", "xerces-default", LoadNestedXercesDefault)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
     // Quadratic: seconds to a minute a load. One load tells the story.
     add("LoadReferences", "xerces-default", LoadReferencesXercesDefault, 0.5)
         ->Arg(megabytes)->Iterations(1)->Repetitions(1)->Unit(benchmark::kMillisecond);
     add("Load", "lumxml", LoadLumxml)->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("Load", "xerces", LoadXerces)->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("Load", "libxml2", LoadLibxml2)->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("LoadNested", "lumxml", LoadNestedLumxml)->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("LoadNested", "xerces", LoadNestedXerces, 1.05)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("LoadNested", "libxml2", LoadNestedLibxml2)->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("LoadReferences", "lumxml", LoadReferencesLumxml)
         ->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("LoadReferences", "xerces", LoadReferencesXerces)

@@ -1,9 +1,12 @@
 // The pull reader through its exports, as a host drives it (one event per
-// call, reading each event's kind, name and strings), beside the two things
-// it is measured against over the same bytes:
+// call, reading each event's kind, name and strings), beside the things it
+// is measured against over the same bytes:
 //   - a raw Xerces SAX2 parse whose handler makes the UTF-8 copy of every
 //     string a host-facing layer must hand out (element and attribute
 //     names, values, text, comments, processing instructions, prefixes);
+//   - a raw Xerces SAX2 parse whose handler only transcodes names
+//     (elements and attributes) and character chunks to UTF-8 into one
+//     reused buffer: far less than a host-facing layer must hand out;
 //   - libxml2's xmlTextReader reading every node's type, name and value,
 //     attributes included.
 // PullMemory reports the peak memory a pull through a large document needs.
@@ -109,9 +112,11 @@ void memoryRecord(SaxParserInstance& record, const std::string& text) {
     record.entityExpansionLimit = 50000;
 }
 
-void PullLumxml(benchmark::State& state) {
+using Document = const std::string& (*)(int64_t);
+
+void lumxmlPull(benchmark::State& state, Document document) {
     bench::startLibrary();
-    const std::string& text = bench::cachedCatalogue(state.range(0));
+    const std::string& text = document(state.range(0));
     int64_t events = 0;
     for (auto _ : state) {
         SaxParserInstance record;
@@ -124,19 +129,30 @@ void PullLumxml(benchmark::State& state) {
 
 // ---- raw Xerces SAX2 ---------------------------------------------------------
 
-// Makes and drops the UTF-8 copy of every string, with Xerces' own UTF-8
-// transcoder, as a layer that hands strings to a host must. (Xerces'
-// TranscodeToStr and XMLString::transcode were tried too: both are slower
-// than this, which makes this the strictest reference.)
-class CopyingHandler : public DefaultHandler {
+// A SAX2 handler with Xerces' own UTF-8 transcoder and the counters a run
+// reads afterwards.
+class Utf8Handler : public DefaultHandler {
 public:
-    CopyingHandler() {
+    Utf8Handler() {
         XMLTransService::Codes code = XMLTransService::Ok;
         transcoder_ = XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
             XMLRecognizer::UTF_8, code, 16 * 1024);
     }
-    ~CopyingHandler() override { delete transcoder_; }
+    ~Utf8Handler() override { delete transcoder_; }
 
+    int64_t events = 0;
+    uint64_t sum = 0;
+
+protected:
+    XMLTranscoder* transcoder_ = nullptr;
+};
+
+// Makes and drops the UTF-8 copy of every string, with Xerces' own UTF-8
+// transcoder, as a layer that hands strings to a host must. (Xerces'
+// TranscodeToStr and XMLString::transcode were tried too: both are slower
+// than this, which makes this the strictest reference.)
+class CopyingHandler : public Utf8Handler {
+public:
     void startElement(const XMLCh* const uri, const XMLCh* const localname,
                       const XMLCh* const qname, const Attributes& attrs) override {
         ++events;
@@ -187,9 +203,6 @@ public:
     void startDocument() override { ++events; }
     void endDocument() override { ++events; }
 
-    int64_t events = 0;
-    uint64_t sum = 0;
-
 private:
     void copy(const XMLCh* text) {
         if (text != nullptr) copy(text, XMLString::stringLen(text));
@@ -208,18 +221,56 @@ private:
         sum += out[0];
         memory->deallocate(out);
     }
-
-    XMLTranscoder* transcoder_ = nullptr;
 };
 
-void PullXercesSax2(benchmark::State& state) {
+// Transcodes element and attribute names (qualified) and character chunks
+// into one reused buffer with Xerces' UTF-8 transcoder: no allocation per
+// string, nothing for values, URIs, local names, types, prefixes or
+// comments.
+class TranscodingHandler : public Utf8Handler {
+public:
+    void startElement(const XMLCh* const, const XMLCh* const, const XMLCh* const qname,
+                      const Attributes& attrs) override {
+        ++events;
+        transcode(qname);
+        for (XMLSize_t i = 0; i < attrs.getLength(); ++i) transcode(attrs.getQName(i));
+    }
+    void endElement(const XMLCh* const, const XMLCh* const, const XMLCh* const qname) override {
+        ++events;
+        transcode(qname);
+    }
+    void characters(const XMLCh* const chars, const XMLSize_t length) override {
+        ++events;
+        transcode(chars, length);
+    }
+    void ignorableWhitespace(const XMLCh* const chars, const XMLSize_t length) override {
+        ++events;
+        transcode(chars, length);
+    }
+
+private:
+    void transcode(const XMLCh* text) { transcode(text, XMLString::stringLen(text)); }
+    void transcode(const XMLCh* text, XMLSize_t length) {
+        if (buffer_.size() < length * 3 + 1) buffer_.resize(length * 3 + 1);
+        auto* out = reinterpret_cast<XMLByte*>(&buffer_[0]);
+        XMLSize_t eaten = 0;
+        const XMLSize_t made = transcoder_->transcodeTo(text, length, out, buffer_.size(), eaten,
+                                                        XMLTranscoder::UnRep_RepChar);
+        sum += made != 0 ? out[0] : 0;
+    }
+
+    std::string buffer_;
+};
+
+template <class Handler>
+void xercesSax2Run(benchmark::State& state, Document document) {
     bench::startLibrary();
-    const std::string& text = bench::cachedCatalogue(state.range(0));
+    const std::string& text = document(state.range(0));
     int64_t events = 0;
     for (auto _ : state) {
         SAX2XMLReaderImpl reader;
         reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
-        CopyingHandler handler;
+        Handler handler;
         reader.setContentHandler(&handler);
         reader.setLexicalHandler(&handler);
         reader.setErrorHandler(&handler);
@@ -233,12 +284,20 @@ void PullXercesSax2(benchmark::State& state) {
     state.SetItemsProcessed(events);
 }
 
+void xercesSax2Pull(benchmark::State& state, Document document) {
+    xercesSax2Run<CopyingHandler>(state, document);
+}
+
+void xercesSax2Names(benchmark::State& state, Document document) {
+    xercesSax2Run<TranscodingHandler>(state, document);
+}
+
 // ---- libxml2 -----------------------------------------------------------------
 
 uint64_t touchText(const xmlChar* text) { return text != nullptr ? text[0] : 0; }
 
-void PullLibxml2Reader(benchmark::State& state) {
-    const std::string& text = bench::cachedCatalogue(state.range(0));
+void libxml2ReaderPull(benchmark::State& state, Document document) {
+    const std::string& text = document(state.range(0));
     int64_t nodes = 0;
     uint64_t sum = 0;
     for (auto _ : state) {
@@ -260,6 +319,27 @@ void PullLibxml2Reader(benchmark::State& state) {
     benchmark::DoNotOptimize(sum);
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
     state.SetItemsProcessed(nodes);
+}
+
+void PullLumxml(benchmark::State& state) { lumxmlPull(state, bench::cachedCatalogue); }
+void PullXercesSax2(benchmark::State& state) { xercesSax2Pull(state, bench::cachedCatalogue); }
+void PullLibxml2Reader(benchmark::State& state) {
+    libxml2ReaderPull(state, bench::cachedCatalogue);
+}
+void PullNestedLumxml(benchmark::State& state) {
+    lumxmlPull(state, bench::cachedNestedCatalogue);
+}
+void PullNestedXercesSax2(benchmark::State& state) {
+    xercesSax2Pull(state, bench::cachedNestedCatalogue);
+}
+void PullXercesSax2Names(benchmark::State& state) {
+    xercesSax2Names(state, bench::cachedCatalogue);
+}
+void PullNestedXercesSax2Names(benchmark::State& state) {
+    xercesSax2Names(state, bench::cachedNestedCatalogue);
+}
+void PullNestedLibxml2Reader(benchmark::State& state) {
+    libxml2ReaderPull(state, bench::cachedNestedCatalogue);
 }
 
 // ---- Peak memory ---------------------------------------------------------------
@@ -355,7 +435,16 @@ void bench::registerPull() {
     add("Pull", "lumxml", PullLumxml)->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("Pull", "xerces-sax2", PullXercesSax2, 1.5)
         ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("Pull", "xerces-sax2-names", PullXercesSax2Names, 1.15)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("Pull", "libxml2-reader", PullLibxml2Reader, 1.0)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("PullNested", "lumxml", PullNestedLumxml)->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("PullNested", "xerces-sax2", PullNestedXercesSax2)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("PullNested", "xerces-sax2-names", PullNestedXercesSax2Names, 1.15)
+        ->Arg(megabytes)->Unit(benchmark::kMillisecond);
+    add("PullNested", "libxml2-reader", PullNestedLibxml2Reader)
         ->Arg(megabytes)->Unit(benchmark::kMillisecond);
     add("PullMemory", "lumxml", PullMemoryLumxml)
         ->Arg(sizes().pullRssMegabytes)->Iterations(1)->Unit(benchmark::kMillisecond);

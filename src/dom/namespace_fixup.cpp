@@ -17,14 +17,25 @@ namespace lumxml {
 namespace {
 
 // The name of the attribute declaring `prefix`: "xmlns:" + prefix, or
-// "xmlns" for the default namespace.
-std::u16string declarationName(const XMLCh* prefix) {
-    std::u16string name(XMLUni::fgXMLNSString);
+// "xmlns" for the default namespace (into `name`, whose memory is reused).
+void setDeclarationName(std::u16string& name, const XMLCh* prefix) {
+    name.assign(XMLUni::fgXMLNSString);
     if (prefix != nullptr) {
         name += u':';
         name += prefix;
     }
-    return name;
+}
+
+// True when some attribute of the map could answer findDeclaration: a name
+// starting with "xmlns" or the namespace of declarations.
+bool mayHoldDeclaration(DOMNamedNodeMap* attributes, XMLSize_t count) {
+    for (XMLSize_t i = 0; i < count; ++i) {
+        DOMNode* attr = attributes->item(i);
+        if (attr == nullptr) continue;
+        if (XMLString::startsWith(attr->getNodeName(), XMLUni::fgXMLNSString)) return true;
+        if (XMLString::equals(attr->getNamespaceURI(), XMLUni::fgXMLNSURIName)) return true;
+    }
+    return false;
 }
 
 bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
@@ -78,26 +89,70 @@ void declare(DOMNode* node, DOMElement* element, const XMLCh* prefix, const XMLC
 
 }  // namespace
 
+void NamespaceFixup::fixElement(DOMElement* element) {
+    DOMNamedNodeMap* attributes = element->getAttributes();
+    const XMLSize_t original = attributes->getLength();
+    fixedElement_ = element;
+    mayDeclare_ = !shortcuts_ || mayHoldDeclaration(attributes, original);
+    fix(element, element);
+    for (XMLSize_t i = 0; i < original; ++i) {
+        DOMNode* attr = attributes->item(i);
+        if (attr != nullptr && attr->getPrefix() != nullptr) fix(attr, element);
+    }
+}
+
 void NamespaceFixup::fix(DOMNode* node, DOMElement* element) {
     if (node->getLocalName() == nullptr) return;  // made without namespace support
     const XMLCh* uri = node->getNamespaceURI();
     const XMLCh* prefix = node->getPrefix();
+    // Every early answer below leaves the tree as it is, so a use known to
+    // be in scope may answer before them.
+    const bool ownUnknown = element != fixedElement_ || mayDeclare_;
+    if (!ownUnknown && knownInScope(prefix, uri)) return;
     if (XMLString::equals(uri, XMLUni::fgXMLURIName)) return;
     if (XMLString::startsWith(node->getNodeName(), XMLUni::fgXMLNSString)) return;
 
-    const std::u16string name = declarationName(prefix);
-    if (DOMAttr* own = findDeclaration(element, name.c_str())) {
-        if (sameNamespace(own->getValue(), uri)) return;
-        throw DOMException(DOMException::NAMESPACE_ERR, 0, XMLPlatformUtils::fgMemoryManager);
+    setDeclarationName(name_, prefix);
+    if (ownUnknown) {
+        if (DOMAttr* own = findDeclaration(element, name_.c_str())) {
+            if (sameNamespace(own->getValue(), uri)) return;
+            throw DOMException(DOMException::NAMESPACE_ERR, 0, XMLPlatformUtils::fgMemoryManager);
+        }
     }
     // An ancestor's empty value (an undeclared default) does not end the
     // search: only a non-empty one does. Nothing found counts as empty, so
     // an element in no namespace with no default in scope adds nothing.
-    if (sameNamespace(inherited(name.c_str()), uri)) return;
-    declare(node, element, prefix, name.c_str(), uri, additions_);
+    if (sameNamespace(inherited(name_), uri)) {
+        if (!ownUnknown) noteInScope(prefix, uri);
+        return;
+    }
+    declare(node, element, prefix, name_.c_str(), uri, additions_);
+    if (element == fixedElement_) mayDeclare_ = true;
+}
+
+bool NamespaceFixup::knownInScope(const XMLCh* prefix, const XMLCh* uri) const {
+    for (const KnownUse& use : known_) {
+        if (use.valid && use.prefix == prefix && use.uri == uri && use.scope == scopeChanges_)
+            return true;
+    }
+    return false;
+}
+
+void NamespaceFixup::noteInScope(const XMLCh* prefix, const XMLCh* uri) {
+    KnownUse& use = known_[nextKnown_];
+    nextKnown_ = (nextKnown_ + 1) % kKnownUses;
+    use.prefix = prefix;
+    use.uri = uri;
+    use.scope = scopeChanges_;
+    use.valid = true;
 }
 
 void NamespaceFixup::enter(DOMElement* element) {
+    if (element == fixedElement_ && !mayDeclare_) {
+        // No attribute can declare anything: nothing to push.
+        pushed_.emplace_back();
+        return;
+    }
     std::vector<Name> names;
     DOMNamedNodeMap* attributes = element->getAttributes();
     const XMLSize_t count = attributes->getLength();
@@ -113,24 +168,21 @@ void NamespaceFixup::enter(DOMElement* element) {
         inScope_[name].push_back(value);
         pushedNames.push_back(name);
     }
+    if (!pushedNames.empty()) ++scopeChanges_;
     pushed_.push_back(std::move(pushedNames));
 }
 
 void NamespaceFixup::leave() {
     if (pushed_.empty()) return;
-    for (const Name& name : pushed_.back()) {
-        auto found = inScope_.find(name);
-        found->second.pop_back();
-        if (found->second.empty()) inScope_.erase(found);
-    }
+    for (const Name& name : pushed_.back()) inScope_.find(name)->second.pop_back();
+    if (!pushed_.back().empty()) ++scopeChanges_;
     pushed_.pop_back();
 }
 
-const XMLCh* NamespaceFixup::inherited(const XMLCh* name) {
-    Name key(name);
-    auto found = inScope_.find(key);
-    if (found != inScope_.end()) return found->second.back();
-    return inheritedAboveStart(key);
+const XMLCh* NamespaceFixup::inherited(const Name& name) {
+    auto found = inScope_.find(name);
+    if (found != inScope_.end() && !found->second.empty()) return found->second.back();
+    return inheritedAboveStart(name);
 }
 
 const XMLCh* NamespaceFixup::inheritedAboveStart(const Name& name) {

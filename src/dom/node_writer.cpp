@@ -23,14 +23,30 @@ bool nonEmpty(const XMLCh* text) { return text != nullptr && *text != 0; }
 const XMLCh kQuote[] = u"\"";
 // Markup gathered beyond this many units is handed on at once.
 constexpr size_t kPendingLimit = 8192;
-// The formatter hands its target at most this many bytes at a time.
-constexpr size_t kChunkBytes = 16384;
+// The longest literal() markup.
+constexpr size_t kLiteralRoom = 32;
+
+// The value of an attribute and its length. An attribute whose value is
+// one text node (nearly all) gives that node's text directly: asking the
+// attribute itself costs Xerces a dynamic_cast per attribute.
+const XMLCh* attributeValue(DOMNode* attr, XMLSize_t& length) {
+    DOMNode* first = attr->getFirstChild();
+    if (first != nullptr && first->getNodeType() == DOMNode::TEXT_NODE &&
+        first->getNextSibling() == nullptr) {
+        const DOMCharacterData* text = static_cast<DOMCharacterData*>(first);
+        length = text->getLength();
+        return text->getData();
+    }
+    const XMLCh* value = attr->getNodeValue();
+    length = value == nullptr ? 0 : XMLString::stringLen(value);
+    return value;
+}
 
 }  // namespace
 
 void NodeWriter::write(DOMNode* start) {
     if (start == nullptr) return;
-    NamespaceFixup fixup(start, additions_);
+    NamespaceFixup fixup(start, additions_, options_.namespaceShortcuts);
     fixup_ = &fixup;
     try {
         walk(start);
@@ -46,24 +62,27 @@ void NodeWriter::write(DOMNode* start) {
 }
 
 void NodeWriter::walk(DOMNode* start) {
+    open_.clear();
     DOMNode* node = start;
     for (;;) {
         if (DOMNode* child = open(node)) {
+            open_.push_back(node);
             node = child;
             continue;
         }
         // `node` is complete: move on to its next sibling, closing every
-        // ancestor whose last child it was, and stop back at the start.
+        // open node whose last child it was, and stop back at the start
+        // (the only node that is complete with nothing open).
         for (;;) {
-            if (node == start) break;
+            if (open_.empty()) return;
             if (DOMNode* sibling = node->getNextSibling()) {
                 node = sibling;
                 break;
             }
-            node = node->getParentNode();
+            node = open_.back();
+            open_.pop_back();
             close(node);
         }
-        if (node == start) break;
     }
 }
 
@@ -105,44 +124,36 @@ DOMNode* NodeWriter::open(DOMNode* node) {
 void NodeWriter::close(DOMNode* node) {
     if (node->getNodeType() != DOMNode::ELEMENT_NODE) return;
     fixup_->leave();
-    markup(u"</");
+    literal(u"</");
     markup(node->getNodeName());
-    markup(u">");
+    literal(u">");
 }
 
 DOMNode* NodeWriter::openElement(DOMElement* element) {
-    markup(u"<");
+    literal(u"<");
     markup(element->getNodeName());
     writeAttributes(element);
     DOMNode* child = element->getFirstChild();
-    markup(child != nullptr ? u">" : u"/>");
+    literal(child != nullptr ? u">" : u"/>");
     if (child != nullptr) fixup_->enter(element);
     return child;
 }
 
 void NodeWriter::writeAttributes(DOMElement* element) {
+    fixup_->fixElement(element);
     DOMNamedNodeMap* attributes = element->getAttributes();
-    const XMLSize_t original = attributes->getLength();
-    fixup_->fix(element, element);
-    // The map is live and kept sorted by name, so a declaration added here
-    // can shift the attributes still to be checked; the first `original`
-    // positions are checked as they stand at the time.
-    for (XMLSize_t i = 0; i < original; ++i) {
-        DOMNode* attr = attributes->item(i);
-        if (attr != nullptr && attr->getPrefix() != nullptr)
-            fixup_->fix(attr, element);
-    }
     const XMLFormatter::EscapeFlags valueEscapes =
         options_.attrEscapes ? XMLFormatter::AttrEscapes : XMLFormatter::StdEscapes;
     const XMLSize_t count = attributes->getLength();
     for (XMLSize_t i = 0; i < count; ++i) {
         DOMNode* attr = attributes->item(i);
-        markup(u" ");
+        literal(u" ");
         markup(attr->getNodeName());
-        markup(u"=\"");
-        const XMLCh* value = attr->getNodeValue();
-        escaped(value, value == nullptr ? 0 : XMLString::stringLen(value), valueEscapes);
-        markup(kQuote);
+        literal(u"=\"");
+        XMLSize_t length = 0;
+        const XMLCh* value = attributeValue(attr, length);
+        escaped(value, length, valueEscapes);
+        literal(kQuote);
     }
 }
 
@@ -154,9 +165,9 @@ void NodeWriter::writeText(DOMNode* text) {
 }
 
 void NodeWriter::writeCData(DOMNode* section) {
-    markup(u"<![CDATA[");
+    literal(u"<![CDATA[");
     markup(section->getNodeValue());
-    markup(u"]]>");
+    literal(u"]]>");
 }
 
 // The entity declaration keeps lumxml's own forms: no blank between the
@@ -164,18 +175,18 @@ void NodeWriter::writeCData(DOMNode* section) {
 // notation name.
 void NodeWriter::writeEntity(DOMNode* node) {
     const DOMEntity* entity = static_cast<DOMEntity*>(node);
-    markup(u"<!ENTITY ");
+    literal(u"<!ENTITY ");
     markup(entity->getNodeName());
     if (nonEmpty(entity->getPublicId())) {
-        markup(u"PUBLIC ");
+        literal(u"PUBLIC ");
         quoted(entity->getPublicId());
     }
     if (nonEmpty(entity->getSystemId())) {
-        markup(u"SYSTEM ");
+        literal(u"SYSTEM ");
         quoted(entity->getSystemId());
     }
     if (nonEmpty(entity->getNotationName())) {
-        markup(u"NDATA ");
+        literal(u"NDATA ");
         quoted(entity->getNotationName());
     }
     markup(u">\r\n");
@@ -183,55 +194,55 @@ void NodeWriter::writeEntity(DOMNode* node) {
 
 void NodeWriter::writeProcessingInstruction(DOMNode* node) {
     const DOMProcessingInstruction* instruction = static_cast<DOMProcessingInstruction*>(node);
-    markup(u"<?");
+    literal(u"<?");
     markup(instruction->getTarget());
     if (nonEmpty(instruction->getData())) {
-        markup(u" ");
+        literal(u" ");
         markup(instruction->getData());
     }
-    markup(u"?>");
+    literal(u"?>");
 }
 
 void NodeWriter::writeComment(DOMNode* comment) {
-    markup(u"<!--");
+    literal(u"<!--");
     markup(comment->getNodeValue());
-    markup(u"-->");
+    literal(u"-->");
 }
 
 // A blank before "?>" and never a standalone pseudo-attribute. Without a
 // requested encoding the declaration names none, although UTF-8 is written.
 void NodeWriter::writeDeclaration() {
-    markup(u"<?xml version=\"1.0");
+    literal(u"<?xml version=\"1.0");
     if (options_.encoding != nullptr) {
-        markup(u"\" encoding=\"");
+        literal(u"\" encoding=\"");
         markup(options_.encoding);
     }
-    markup(u"\" ?>\n");
+    literal(u"\" ?>\n");
 }
 
 // The system literal after a public one is written whenever it is present,
 // even when empty; on its own only when non-empty.
 void NodeWriter::writeDocumentType(DOMNode* node) {
     const DOMDocumentType* type = static_cast<DOMDocumentType*>(node);
-    markup(u"<!DOCTYPE ");
+    literal(u"<!DOCTYPE ");
     markup(type->getNodeName());
     if (nonEmpty(type->getPublicId())) {
-        markup(u" PUBLIC ");
+        literal(u" PUBLIC ");
         quoted(type->getPublicId());
         if (type->getSystemId() != nullptr) {
-            markup(u" ");
+            literal(u" ");
             quoted(type->getSystemId());
         }
     } else if (nonEmpty(type->getSystemId())) {
-        markup(u" SYSTEM ");
+        literal(u" SYSTEM ");
         quoted(type->getSystemId());
     }
     if (nonEmpty(type->getInternalSubset())) {
-        markup(u"[");
+        literal(u"[");
         markup(type->getInternalSubset());
-        markup(u"]");
+        literal(u"]");
     }
-    markup(u">");
+    literal(u">");
 }
 
 void NodeWriter::markup(const XMLCh* text) {
@@ -244,10 +255,25 @@ void NodeWriter::markup(const XMLCh* text) {
     if (pending_.size() >= kPendingLimit) flush();
 }
 
-void NodeWriter::escaped(const XMLCh* text, XMLSize_t count, XMLFormatter::EscapeFlags escapes) {
-    if (utf8_ != nullptr && utf8_->append(text, count, escapes, bytes_)) {
-        if (bytes_.size() >= kChunkBytes) flushBytes();
+void NodeWriter::literal(const XMLCh* text) {
+    if (!plainLiterals_) {
+        markup(text);
         return;
+    }
+    char* at = bytes_.room(kLiteralRoom);
+    while (*text != 0) *at++ = static_cast<char>(*text++);
+    bytes_.commit(at);
+    pieceWritten();
+}
+
+void NodeWriter::escaped(const XMLCh* text, XMLSize_t count, XMLFormatter::EscapeFlags escapes) {
+    if (utf8_ != nullptr) {
+        char* at = bytes_.room(utf8_->maxBytes(count));
+        if (char* end = utf8_->encodeText(text, count, escapes, at)) {
+            bytes_.commit(end);
+            pieceWritten();
+            return;
+        }
     }
     flush();
     writeFormatted(formatter_, text, count, escapes);
@@ -257,7 +283,7 @@ void NodeWriter::flushBytes() {
     if (bytes_.empty()) return;
     // Cleared also when the target fails, so that nothing is written twice.
     struct Clear {
-        std::string& bytes;
+        ByteBuffer& bytes;
         ~Clear() { bytes.clear(); }
     } clear{bytes_};
     // In pieces no larger than the formatter's own.
@@ -280,9 +306,9 @@ void NodeWriter::flush() {
 }
 
 void NodeWriter::quoted(const XMLCh* text) {
-    markup(kQuote);
+    literal(kQuote);
     markup(text);
-    markup(kQuote);
+    literal(kQuote);
 }
 
 }  // namespace lumxml

@@ -6,18 +6,22 @@
 // output needs are added to the tree (recorded in `additions`, which the
 // caller destroys to take them out again).
 //
-// The subtree is walked with the tree's own parent and sibling links, never
-// with the call stack, so that a document nested a million levels deep is
-// written like any other.
+// The subtree is walked with the tree's own child and sibling links and a
+// stack of the open elements on the heap, never with the call stack, so
+// that a document nested a million levels deep is written like any other.
+// (Xerces answers a child's parent through a dynamic_cast, which costs
+// more than writing the child's bytes.)
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/framework/XMLFormatter.hpp>
 
 #include "dom/dom_node_list.h"
 #include "dom/namespace_fixup.h"
+#include "out/byte_buffer.h"
 #include "out/utf8_escaper.h"
 
 namespace lumxml {
@@ -33,6 +37,9 @@ struct NodeWriterOptions {
     // escapes itself (the same bytes as the formatter's, learned from it)
     // and leaves the formatter only texts with a lone surrogate.
     XERCES_CPP_NAMESPACE::XMLFormatTarget* utf8Target = nullptr;
+    // The namespace fix-up's shortcuts (see NamespaceFixup); off only in
+    // the tests that compare them with the full lookups.
+    bool namespaceShortcuts = true;
 };
 
 class NodeWriter {
@@ -40,7 +47,10 @@ public:
     NodeWriter(XERCES_CPP_NAMESPACE::XMLFormatter& formatter, const NodeWriterOptions& options,
                DomNodeList& additions)
         : formatter_(formatter), options_(options), additions_(additions) {
-        if (options.utf8Target != nullptr) utf8_ = &Utf8Escaper::instance();
+        if (options.utf8Target != nullptr) {
+            utf8_ = &Utf8Escaper::instance();
+            plainLiterals_ = utf8_->plainMarkup();
+        }
     }
 
     // Writes `start` (null writes nothing) and everything below it.
@@ -70,12 +80,22 @@ private:
     // one piece before escaped text and at the end: far fewer trips
     // through the formatter and the target, the same bytes.
     void markup(const XMLCh* text);
+    // Markup of the writer's own: printable ASCII without a carriage
+    // return, copied as it is for UTF-8 output.
+    void literal(const XMLCh* text);
     void quoted(const XMLCh* text);
     void escaped(const XMLCh* text, XMLSize_t count,
                  XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags escapes);
     void flush();
     // Encoded UTF-8 (fast way) handed to the target.
     void flushBytes();
+    // After every piece of UTF-8: the bytes go on once a chunk is full.
+    void pieceWritten() {
+        if (bytes_.size() >= kChunkBytes) flushBytes();
+    }
+
+    // The formatter hands its target at most this many bytes at a time.
+    static constexpr size_t kChunkBytes = 16384;
 
     XERCES_CPP_NAMESPACE::XMLFormatter& formatter_;
     NodeWriterOptions options_;
@@ -83,7 +103,9 @@ private:
     NamespaceFixup* fixup_ = nullptr;  // the current write's
     std::u16string pending_;            // markup not yet formatted
     const Utf8Escaper* utf8_ = nullptr;  // the fast way, for UTF-8 output
-    std::string bytes_;                 // its bytes not yet written
+    bool plainLiterals_ = false;         // literal() may copy ASCII as it is
+    ByteBuffer bytes_;                   // its bytes not yet written
+    std::vector<DOMNode*> open_;         // the nodes whose children are being written
 };
 
 }  // namespace lumxml

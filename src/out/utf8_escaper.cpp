@@ -1,5 +1,6 @@
 #include "out/utf8_escaper.h"
 
+#include <cstdint>
 #include <cstring>
 #include <mutex>
 #include <stdexcept>
@@ -106,6 +107,48 @@ char* Utf8Escaper::encode(const XMLCh* text, XMLSize_t length, XMLFormatter::Esc
             *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
             *p++ = static_cast<char>(0x80 | (c & 0x3F));
         }
+    }
+    return p;
+}
+
+char* Utf8Escaper::encodeText(const XMLCh* text, XMLSize_t length, XMLFormatter::EscapeFlags flags,
+                              char* p) const {
+    const Bytes* table = ascii_[flags];
+    const bool* asIs = asIs_[flags];
+    const XMLCh* s = text;
+    const XMLCh* const end = text + length;
+    while (s < end) {
+        XMLCh c = *s;
+        // The common case first: ASCII that needs no escape.
+        while (c < 0x80 && asIs[c]) {
+            *p++ = static_cast<char>(c);
+            if (++s == end) return p;
+            c = *s;
+        }
+        if (c < 0x80) {
+            if (c == 0) return nullptr;
+            const Bytes& bytes = table[c];
+            std::memcpy(p, bytes.text, bytes.length);
+            p += bytes.length;
+        } else if (c < 0x800) {
+            *p++ = static_cast<char>(0xC0 | (c >> 6));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
+        } else if (c < 0xD800 || c > 0xDFFF) {
+            *p++ = static_cast<char>(0xE0 | (c >> 12));
+            *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            *p++ = static_cast<char>(0x80 | (c & 0x3F));
+        } else if (c <= 0xDBFF && end - s >= 2 && s[1] >= 0xDC00 && s[1] <= 0xDFFF) {
+            const uint32_t code = 0x10000u + ((static_cast<uint32_t>(c) - 0xD800u) << 10) +
+                                  (static_cast<uint32_t>(s[1]) - 0xDC00u);
+            *p++ = static_cast<char>(0xF0 | (code >> 18));
+            *p++ = static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+            *p++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            *p++ = static_cast<char>(0x80 | (code & 0x3F));
+            ++s;
+        } else {
+            return nullptr;  // a lone surrogate
+        }
+        ++s;
     }
     return p;
 }

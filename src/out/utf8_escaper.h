@@ -44,6 +44,15 @@ public:
     char* encode(const XMLCh* text, XMLSize_t length,
                  XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags, char* out) const;
 
+    // The bytes of a save's text or markup: as encode(), but a well-formed
+    // surrogate pair is written too (its four-byte UTF-8 form, as the
+    // formatter writes it). Null (garbage written) only for a lone
+    // surrogate or a zero unit, which the caller leaves to the formatter.
+    // Runs of ASCII written as themselves are copied in a tight loop; the
+    // table is consulted only for the few characters that need escaping.
+    char* encodeText(const XMLCh* text, XMLSize_t length,
+                     XERCES_CPP_NAMESPACE::XMLFormatter::EscapeFlags flags, char* out) const;
+
     // The same bytes for a text given in UTF-8 (a host text when the host
     // code page is UTF-8), without going through UTF-16: ASCII takes the
     // learned escapes, a well-formed two- or three-byte character other

@@ -1,13 +1,20 @@
 #include "sax/sax_events.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/sax/Locator.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 #include "frame/host_codec.h"
 #include "sax/attr_list.h"
@@ -52,17 +59,44 @@ SaxEvent* newEvent() {
     return queued != nullptr ? &queued->event : nullptr;
 }
 
-void releaseSlot(void*& slot) {
+void releaseSlot(void*& slot, EventPool* pool) {
     char* text = static_cast<char*>(slot);
-    codec::release(text);
+    if (pool != nullptr)
+        pool->strings().give(text);
+    else
+        codec::release(text);
     slot = nullptr;
 }
 
+void releaseString(char*& text, StringPool& strings) {
+    strings.give(text);
+    text = nullptr;
+}
+
 // The "StartElement" list lies in place in arg4/arg5; only its entries
-// (and their strings) are separate allocations.
-void releaseInPlaceList(SaxEvent& event) {
+// (and their strings) are separate allocations. With a pool the strings
+// (in the order attrlist::releaseEntries releases them) and the array go
+// there.
+void releaseInPlaceList(SaxEvent& event, EventPool* pool) {
     SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(&event);
-    if (list->entries != nullptr) attrlist::releaseEntries(*list);
+    if (list->entries == nullptr) return;
+    if (pool == nullptr) {
+        attrlist::releaseEntries(*list);
+        return;
+    }
+    StringPool& strings = pool->strings();
+    for (int32_t i = 0; i < list->count; ++i) {
+        SaxAttribute& entry = list->entries[i];
+        releaseString(entry.localName, strings);
+        releaseString(entry.type, strings);
+        releaseString(entry.value, strings);
+        releaseString(entry.uri, strings);
+        releaseString(entry.qName, strings);
+    }
+    pool->giveEntries(list->entries, list->capacity);
+    list->entries = nullptr;
+    list->capacity = 0;
+    list->count = 0;
 }
 
 // Replaces a stored id only when the text differs, so that a host that
@@ -91,6 +125,14 @@ void updateId(char*& stored, const XMLCh* current, IdMemo::Entry* memo) {
     }
 }
 
+// The text "EMPTY" (equal up to and including the terminator).
+bool isEmptyMarker(const XMLCh* text) {
+    static const XMLCh kMarker[] = {'E', 'M', 'P', 'T', 'Y', 0};
+    int i = 0;
+    while (i < 6 && text[i] == kMarker[i]) ++i;
+    return i == 6;
+}
+
 }  // namespace
 
 const char* eventName(uint32_t kind) {
@@ -99,6 +141,29 @@ const char* eventName(uint32_t kind) {
 
 EventPool::~EventPool() {
     while (count_ > 0) std::free(spares_[--count_]);
+    for (EntrySpares& spares : entrySpares_) {
+        while (spares.count > 0) attrlist::freeEntries(spares.arrays[--spares.count]);
+    }
+}
+
+SaxAttribute* EventPool::takeEntries(int32_t capacity) {
+    if (capacity <= 0 || capacity > kEntryCapacities || entrySpares_[capacity].count == 0)
+        return attrlist::allocateEntries(capacity);
+    EntrySpares& spares = entrySpares_[capacity];
+    SaxAttribute* entries = spares.arrays[--spares.count];
+    std::memset(entries, 0, sizeof(SaxAttribute) * static_cast<size_t>(capacity));
+    return entries;
+}
+
+void EventPool::giveEntries(SaxAttribute* entries, int32_t capacity) {
+    if (entries == nullptr) return;
+    if (capacity > 0 && capacity <= kEntryCapacities &&
+        entrySpares_[capacity].count != kEntrySpares) {
+        EntrySpares& spares = entrySpares_[capacity];
+        spares.arrays[spares.count++] = entries;
+        return;
+    }
+    attrlist::freeEntries(entries);
 }
 
 SaxEvent* EventPool::take() {
@@ -159,14 +224,14 @@ void freeQueue(SaxParserInstance& instance) {
     }
 }
 
-void clearEvent(SaxEvent* event) {
+void clearEvent(SaxEvent* event, EventPool* pool) {
     if (event == nullptr) return;
     switch (event->kind) {
         case kStartPrefixMapping:
         case kProcessingInstruction:
         case kResolveEntity:  // arg3/arg4 input sources belong to Xerces once returned
-            releaseSlot(event->arg1);
-            releaseSlot(event->arg2);
+            releaseSlot(event->arg1, pool);
+            releaseSlot(event->arg2, pool);
             break;
         case kEndPrefixMapping:
         case kCharacters:  // arg2 is the length, not a string
@@ -174,25 +239,25 @@ void clearEvent(SaxEvent* event) {
         case kWarning:
         case kError:
         case kFatalError:
-            releaseSlot(event->arg1);
+            releaseSlot(event->arg1, pool);
             break;
         case kStartElement:
-            releaseSlot(event->arg1);
-            releaseSlot(event->arg2);
-            releaseSlot(event->arg3);
-            releaseInPlaceList(*event);
+            releaseSlot(event->arg1, pool);
+            releaseSlot(event->arg2, pool);
+            releaseSlot(event->arg3, pool);
+            releaseInPlaceList(*event, pool);
             break;
         case kEndElement:
         case kNotationDecl:
-            releaseSlot(event->arg1);
-            releaseSlot(event->arg2);
-            releaseSlot(event->arg3);
+            releaseSlot(event->arg1, pool);
+            releaseSlot(event->arg2, pool);
+            releaseSlot(event->arg3, pool);
             break;
         case kUnparsedEntityDecl:
-            releaseSlot(event->arg1);
-            releaseSlot(event->arg2);
-            releaseSlot(event->arg3);
-            releaseSlot(event->arg4);
+            releaseSlot(event->arg1, pool);
+            releaseSlot(event->arg2, pool);
+            releaseSlot(event->arg3, pool);
+            releaseSlot(event->arg4, pool);
             break;
         default:
             break;
@@ -205,7 +270,7 @@ void clearEvent(SaxEvent* event) {
 }
 
 void freeEvent(SaxEvent* event, EventPool* pool) {
-    clearEvent(event);
+    clearEvent(event, pool);
     if (pool != nullptr) {
         pool->give(event);
     } else {
@@ -297,6 +362,82 @@ void showLocationOf(SaxParserInstance& instance, const SaxEvent* event) {
     instance.column = queued.column;
 }
 
+char* EventPool::copy(const XMLCh* text) {
+    if (text == nullptr) return nullptr;
+    return copy(text, xercesc::XMLString::stringLen(text));
+}
+
+namespace {
+
+// Copies the leading ASCII units of `text` to `out` as bytes, several at a
+// time while it can; answers how many (all `length` when the text is ASCII).
+size_t narrowAscii(const XMLCh* text, size_t length, char* out) {
+    size_t i = 0;
+#if defined(__SSE2__)
+    // Eight units at a time where the processor has the instructions.
+    const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 8 <= length; i += 8) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, high), zero)) != 0xFFFF) break;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(units, units));
+    }
+#endif
+    for (; i + 4 <= length; i += 4) {
+        uint64_t four;
+        std::memcpy(&four, text + i, sizeof four);
+        if ((four & 0xFF80FF80FF80FF80ull) != 0) break;
+        out[i] = static_cast<char>(text[i]);
+        out[i + 1] = static_cast<char>(text[i + 1]);
+        out[i + 2] = static_cast<char>(text[i + 2]);
+        out[i + 3] = static_cast<char>(text[i + 3]);
+    }
+    while (i < length && text[i] < 0x80) {
+        out[i] = static_cast<char>(text[i]);
+        ++i;
+    }
+    return i;
+}
+
+}  // namespace
+
+char* EventPool::copy(const XMLCh* text, XMLSize_t length) {
+    if (text == nullptr) return nullptr;
+    if (!codec::hostIsUtf8()) return codec::toHost(text, length);
+    // Most strings are ASCII, one byte a unit: straight into a block of
+    // that size; a text that turns out otherwise goes through the scratch.
+    char* block = strings_.take(length + 1);
+    if (block == nullptr) return nullptr;
+    if (narrowAscii(text, length, block) == length) {
+        block[length] = '\0';
+        return block;
+    }
+    strings_.putBack(block, length + 1);
+    if (scratch_.size() < length * 3 + 1) scratch_.resize(length * 3 + 1);
+    const size_t bytes = codec::utf16ToUtf8(text, length, &scratch_[0]);
+    char* out = strings_.take(bytes + 1);
+    if (out == nullptr) return nullptr;
+    std::memcpy(out, scratch_.data(), bytes);
+    out[bytes] = '\0';
+    return out;
+}
+
+char* EventPool::copyType(const XMLCh* type) {
+    static const char kCData[] = "CDATA";
+    if (type != xercesc::XMLUni::fgCDATAString || !codec::hostIsUtf8()) return copy(type);
+    char* block = strings_.take(sizeof kCData);
+    if (block != nullptr) std::memcpy(block, kCData, sizeof kCData);
+    return block;
+}
+
+char* EventPool::copyUnlessEmptyMarker(const XMLCh* text, bool emptyToo) {
+    if (text == nullptr) return nullptr;
+    if (!codec::hostIsUtf8()) return hostCopyUnlessEmptyMarker(text, emptyToo);
+    if (emptyToo && text[0] == 0) return nullptr;
+    if (isEmptyMarker(text)) return nullptr;
+    return copy(text);
+}
+
 char* hostCopy(const XMLCh* text) { return codec::toHost(text); }
 
 char* hostCopy(const XMLCh* text, XMLSize_t length) {
@@ -306,11 +447,8 @@ char* hostCopy(const XMLCh* text, XMLSize_t length) {
 char* hostCopyUnlessEmptyMarker(const XMLCh* text, bool emptyToo) {
     if (text == nullptr) return nullptr;
     if (!codec::hostIsUtf8()) return nullIfEmptyMarker(hostCopy(text), emptyToo);
-    static const XMLCh kMarker[] = {'E', 'M', 'P', 'T', 'Y', 0};
     if (emptyToo && text[0] == 0) return nullptr;
-    int i = 0;
-    while (i < 6 && text[i] == kMarker[i]) ++i;
-    if (i == 6) return nullptr;  // equal up to and including the terminator
+    if (isEmptyMarker(text)) return nullptr;
     return hostCopy(text);
 }
 

@@ -14,6 +14,7 @@ class ReaderMgr;
 XERCES_CPP_NAMESPACE_END
 
 #include "lumxml.h"
+#include "sax/string_pool.h"
 
 namespace lumxml {
 namespace sax {
@@ -47,7 +48,8 @@ const char* eventName(uint32_t kind);
 // kept here and handed out again for a later event, instead of a heap
 // allocation and release per event. Blocks are plain heap blocks, so an
 // event taken from the pool may also be freed to the heap and the other
-// way round.
+// way round. The strings of the handled events are kept too (StringPool),
+// and the pool makes the copies of the instance's events from them.
 class EventPool {
 public:
     static constexpr int kMaxSpares = 16;
@@ -65,9 +67,38 @@ public:
     void give(SaxEvent* event);
     int spareCount() const { return count_; }
 
+    StringPool& strings() { return strings_; }
+
+    // The zero-filled entries array of a "StartElement" list of
+    // `capacity` entries (attrlist::allocateEntries), a spare one when
+    // there is one; and the array of a cleared list, kept by the capacity
+    // its list records (or freed).
+    SaxAttribute* takeEntries(int32_t capacity);
+    void giveEntries(SaxAttribute* entries, int32_t capacity);
+
+    // hostCopy and hostCopyUnlessEmptyMarker, the same bytes in a block of
+    // the string pool when the host code page is UTF-8 (exactly the
+    // string's size: blocks are filed by length).
+    char* copy(const XMLCh* text);
+    char* copy(const XMLCh* text, XMLSize_t length);
+    char* copyUnlessEmptyMarker(const XMLCh* text, bool emptyToo = false);
+    // copy() of an attribute's type, which is nearly always Xerces' own
+    // constant "CDATA": that one is copied without being read.
+    char* copyType(const XMLCh* type);
+
 private:
     void* spares_[kMaxSpares] = {};
     int count_ = 0;
+    StringPool strings_;
+    // Spare entries arrays by capacity (1 to kEntryCapacities).
+    static constexpr int kEntryCapacities = 16;
+    static constexpr int kEntrySpares = 4;
+    struct EntrySpares {
+        SaxAttribute* arrays[kEntrySpares];
+        int count = 0;
+    };
+    EntrySpares entrySpares_[kEntryCapacities + 1];
+    std::string scratch_;  // the UTF-8 bytes of the copy being made
 };
 
 // A zero-filled event appended at eventTail (eventCount + 1); null when
@@ -82,9 +113,12 @@ void dropHeadEvent(SaxParserInstance& instance, SaxEvent* event);
 // Releases and frees every queued event; head and tail become null.
 // eventCount is left to the caller.
 void freeQueue(SaxParserInstance& instance);
-// Releases the strings an event owns by its kind (null does nothing).
-void clearEvent(SaxEvent* event);
-// Clears the event and frees its block (to the pool's spares, if given).
+// Releases the strings an event owns by its kind (null does nothing); with
+// a pool their blocks (and a list's entries array) are kept there.
+class EventPool;
+void clearEvent(SaxEvent* event, EventPool* pool = nullptr);
+// Clears the event and frees its block (to the pool's spares, if given,
+// and its strings to the pool's strings).
 void freeEvent(SaxEvent* event, EventPool* pool = nullptr);
 
 // Sets kind, name and argument count: the first step of every handler

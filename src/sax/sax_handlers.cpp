@@ -65,7 +65,7 @@ void LumContentHandler::queueText(const XMLCh* chars, XMLSize_t length, uint32_t
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     finishEvent(*event, static_cast<EventKind>(kind), 2);
-    event->arg1 = hostCopy(chars, length);
+    event->arg1 = pool_.copy(chars, length);
     // The length is the parser's count of UTF-16 units, cut to 32 bits.
     event->arg2 = reinterpret_cast<void*>(static_cast<uintptr_t>(static_cast<uint32_t>(length)));
     locateEvent(*instance_, *event, &memo_);
@@ -80,19 +80,19 @@ void LumContentHandler::endDocument() {
 }
 
 void LumContentHandler::fillElementName(SaxEvent& event, const XMLCh* uri,
-                                        const XMLCh* localname, const XMLCh* qname) const {
+                                        const XMLCh* localname, const XMLCh* qname) {
     // An element's empty URI stays "", only the text "EMPTY" becomes null.
-    event.arg1 = hostCopyUnlessEmptyMarker(uri);
-    event.arg2 = namespacesOff() ? nullptr : hostCopy(localname);
-    event.arg3 = hostCopy(qname);
+    event.arg1 = pool_.copyUnlessEmptyMarker(uri);
+    event.arg2 = namespacesOff() ? nullptr : pool_.copy(localname);
+    event.arg3 = pool_.copy(qname);
 }
 
-void LumContentHandler::fillAttributes(SaxEvent& event, const Attributes& attrs) const {
+void LumContentHandler::fillAttributes(SaxEvent& event, const Attributes& attrs) {
     SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(&event);
     const auto count = static_cast<int32_t>(attrs.getLength());
     list->count = count;
     list->capacity = static_cast<int32_t>(static_cast<int64_t>(count) * 3 / 2);
-    list->entries = attrlist::allocateEntries(list->capacity);
+    list->entries = pool_.takeEntries(list->capacity);
     if (list->entries == nullptr) {
         // No array for an element without attributes; for one with
         // attributes the handler stops here (an empty list is left).
@@ -104,11 +104,11 @@ void LumContentHandler::fillAttributes(SaxEvent& event, const Attributes& attrs)
     for (int32_t i = 0; i < count; ++i) {
         SaxAttribute& entry = list->entries[i];
         const XMLSize_t index = static_cast<XMLSize_t>(i);
-        entry.uri = hostCopyUnlessEmptyMarker(attrs.getURI(index), true);
-        entry.localName = noNamespaces ? nullptr : hostCopy(attrs.getLocalName(index));
-        entry.qName = hostCopy(attrs.getQName(index));
-        entry.type = hostCopy(attrs.getType(index));
-        entry.value = hostCopy(attrs.getValue(index));
+        entry.uri = pool_.copyUnlessEmptyMarker(attrs.getURI(index), true);
+        entry.localName = noNamespaces ? nullptr : pool_.copy(attrs.getLocalName(index));
+        entry.qName = pool_.copy(attrs.getQName(index));
+        entry.type = pool_.copyType(attrs.getType(index));
+        entry.value = pool_.copy(attrs.getValue(index));
     }
 }
 
@@ -138,8 +138,8 @@ void LumContentHandler::processingInstruction(const XMLCh* const target,
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     finishEvent(*event, kProcessingInstruction, 2);
-    event->arg1 = hostCopy(target);
-    event->arg2 = hostCopy(data);
+    event->arg1 = pool_.copy(target);
+    event->arg2 = pool_.copy(data);
     locateEvent(*instance_, *event, &memo_);
 }
 
@@ -164,8 +164,8 @@ void LumContentHandler::startPrefixMapping(const XMLCh* const prefix, const XMLC
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     finishEvent(*event, kStartPrefixMapping, 2);
-    event->arg1 = hostCopyUnlessEmptyMarker(prefix);
-    event->arg2 = hostCopy(uri);
+    event->arg1 = pool_.copyUnlessEmptyMarker(prefix);
+    event->arg2 = pool_.copy(uri);
     locateEvent(*instance_, *event, &memo_);
 }
 
@@ -173,7 +173,7 @@ void LumContentHandler::endPrefixMapping(const XMLCh* const prefix) {
     SaxEvent* event = enqueueEvent(*instance_, &pool_);
     if (event == nullptr) return;
     finishEvent(*event, kEndPrefixMapping, 1);
-    event->arg1 = hostCopy(prefix);
+    event->arg1 = pool_.copy(prefix);
     locateEvent(*instance_, *event, &memo_);
 }
 

@@ -56,8 +56,8 @@ private:
     bool namespacesOff() const;
     // Slots 1..3 of "StartElement" and "EndElement".
     void fillElementName(SaxEvent& event, const XMLCh* uri, const XMLCh* localname,
-                         const XMLCh* qname) const;
-    void fillAttributes(SaxEvent& event, const xercesc::Attributes& attrs) const;
+                         const XMLCh* qname);
+    void fillAttributes(SaxEvent& event, const xercesc::Attributes& attrs);
     void queueText(const XMLCh* chars, XMLSize_t length, uint32_t kind);
 
     SaxParserInstance* instance_;
