@@ -1,4 +1,5 @@
 #include "dom/document_methods.h"
+#include "lumxml.h"
 #include "frame/deep_stack.h"
 
 #include <xercesc/dom/DOM.hpp>
@@ -59,11 +60,11 @@ DOMDocument& the(DOMDocument* document) {
 // ---- refusals ----------------------------------------------------------------
 
 void notValidOnDocument(DocumentCall& c) {
-    c.report.fixed("Method not valid on X-Document", -1);
+    c.report.fixed("Method not valid on X-Document", LUM_ERR_NOT_SUPPORTED);
 }
 
 void deprecated(DocumentCall& c) {
-    c.report.fixed("This method is deprecated. Please use CREATE-NODE-NAMESPACE", -1);
+    c.report.fixed("This method is deprecated. Please use CREATE-NODE-NAMESPACE", LUM_ERR_NOT_SUPPORTED);
 }
 
 // ---- forwarded to the node dispatcher, with the document's node interface --
@@ -82,7 +83,7 @@ DOMNode* createNodeOfType(DOMDocument& document, int32_t type, const XMLCh* name
     // as the empty one, which it refuses as an invalid character.
     const XMLCh* given = name != nullptr ? name : kEmpty;
     switch (type) {
-    case -1: return nullptr;
+    case LUM_NODE_NONE: return nullptr;
     case DOMNode::ELEMENT_NODE:
         if (given[0] == 0) throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);
         return document.createElement(given);
@@ -112,7 +113,7 @@ void createNode(DocumentCall& c) {
     bool supported = true;
     DOMNode* made = createNodeOfType(the(c.document), type, name, c, supported);
     if (!supported) {
-        c.report.fixed("Not supported", -1);
+        c.report.fixed("Not supported", LUM_ERR_NOT_SUPPORTED);
         return;
     }
     if (c.report.code() == 0) c.call.writeNode(made);
@@ -128,7 +129,7 @@ void childByIndex(DocumentCall& c) {
     const DOMNode* node = asNode(&the(c.document));
     DOMNode* child = index < 0 ? nullptr : childAt(node, static_cast<uint64_t>(index));
     if (child == nullptr) {
-        c.report.fixed("Invalid child index", 5);
+        c.report.fixed("Invalid child index", LUM_ERR_CHILD_INDEX);
         c.call.writeNode(nullptr);
         return;
     }
@@ -152,14 +153,14 @@ void createNodeNS(DocumentCall& c) {
     XmlString qualifiedName(c.call.stringArg(1));
     int32_t type = c.call.intArg(2);
     switch (type) {
-    case -1: return;
+    case LUM_NODE_NONE: return;
     case DOMNode::ELEMENT_NODE:
         c.call.writeNode(the(c.document).createElementNS(namespaceURI, qualifiedName));
         return;
     case DOMNode::ATTRIBUTE_NODE:
         c.call.writeNode(the(c.document).createAttributeNS(namespaceURI, qualifiedName));
         return;
-    default: c.report.fixed("Method not valid on the Node type", 7);
+    default: c.report.fixed("Method not valid on the Node type", LUM_ERR_NODE_TYPE);
     }
 }
 
@@ -280,13 +281,13 @@ const DocumentMethod kDocumentMethods[kHighestDocumentMethod] = {
 void documentExecute(DOMDocument* document, int32_t method, void** args, void* result,
                      ErrorReport& report) {
     if (!isInitialised()) {
-        report.fixed("XML Parser not initialized", 2);
+        report.fixed("XML Parser not initialized", LUM_ERR_NOT_INITIALIZED);
         return;
     }
     // Code 4 here, where the node dispatcher answers the same text with
     // code 3: hosts tell the two apart by it.
     if (static_cast<uint32_t>(method) - 1 > kHighestDocumentMethod - 1) {
-        report.fixed("Invalid method number", 4);
+        report.fixed("Invalid method number", LUM_ERR_DOC_METHOD_NUMBER);
         return;
     }
     const DocumentMethod& entry = kDocumentMethods[method - 1];
@@ -298,7 +299,7 @@ void documentExecute(DOMDocument* document, int32_t method, void** args, void* r
         if (c.domErrors == DomErrors::Translated)
             reportDomError(e, report);
         else
-            report.formatted(13, "Unexpected exception");
+            report.formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
     }
 }
 

@@ -7,10 +7,11 @@
 #include <xercesc/dom/DOMDocument.hpp>
 
 #include "frame/error_report.h"
+#include "lumxml.h"
 
 namespace lumxml {
 
-constexpr int32_t kHighestDocumentMethod = 38;
+constexpr int32_t kHighestDocumentMethod = LUM_DOC_METHOD_LAST;
 
 // lumDocExecute: the not-initialised check, the method number check, then
 // the method. No argument slot is read before the number is checked.

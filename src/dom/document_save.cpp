@@ -1,4 +1,5 @@
 #include "dom/document_save.h"
+#include "lumxml.h"
 
 #include <memory>
 
@@ -70,7 +71,7 @@ public:
                 saveToMemory(start);
                 break;
             default:
-                report.fixed(kNotSupported, -1);
+                report.fixed(kNotSupported, LUM_ERR_NOT_SUPPORTED);
                 break;
         }
     }
@@ -86,7 +87,7 @@ private:
 
     void saveToFile(DOMNode* start, ErrorReport& report) {
         if (request_.file == nullptr || request_.file->file() == nullptr) {
-            report.fixed(kInvalidFile, 11);
+            report.fixed(kInvalidFile, LUM_ERR_SAVE);
             return;
         }
         write(start, request_.file);
@@ -96,7 +97,7 @@ private:
         // A stream without a write function has nowhere to go: refused
         // rather than called through a null pointer.
         if (request_.streamWrite == nullptr) {
-            report.fixed(kNotSupported, -1);
+            report.fixed(kNotSupported, LUM_ERR_NOT_SUPPORTED);
             return;
         }
         XMLStreamOut target(request_.streamHandle, request_.streamWrite, request_.encoding);
@@ -138,11 +139,11 @@ private:
 void reportDomException(const DOMException& e, ErrorReport& report) {
     const XMLCh* message = e.getMessage();
     if (message == nullptr || *message == 0) {
-        report.formatted(13, kUnexpected);
+        report.formatted(LUM_ERR_UNEXPECTED, kUnexpected);
         return;
     }
     HostString text(message);
-    report.appended(text.get(), 13);
+    report.appended(text.get(), LUM_ERR_UNEXPECTED);
 }
 
 }  // namespace
@@ -152,7 +153,7 @@ bool attrEscapesSet() { return gAttrEscapes; }
 
 void saveDocument(const SaveRequest& request, ErrorReport& report) {
     if (!isInitialised()) {
-        report.fixed(kNotInitialised, 2);
+        report.fixed(kNotInitialised, LUM_ERR_NOT_INITIALIZED);
         return;
     }
     if (request.charEscapes != 0) gTextCharEscapes = true;
@@ -161,7 +162,7 @@ void saveDocument(const SaveRequest& request, ErrorReport& report) {
         SaveSession(request).run(report);
     } catch (const XMLException& e) {
         HostString text(e.getMessage());
-        report.prefixed(kXmlExceptionPrefix, text.get(), 11);
+        report.prefixed(kXmlExceptionPrefix, text.get(), LUM_ERR_SAVE);
     } catch (const DOMException& e) {
         reportDomException(e, report);
     } catch (int thrown) {
@@ -170,9 +171,9 @@ void saveDocument(const SaveRequest& request, ErrorReport& report) {
         if (thrown == XMLMemOut::kGrowthFailed)
             report.setCode(XMLMemOut::kGrowthFailed);
         else
-            report.formatted(13, kUnexpected);
+            report.formatted(LUM_ERR_UNEXPECTED, kUnexpected);
     } catch (...) {
-        report.formatted(13, kUnexpected);
+        report.formatted(LUM_ERR_UNEXPECTED, kUnexpected);
     }
 }
 

@@ -12,9 +12,9 @@ namespace lumxml {
 class XMLFileOut;
 
 // Target kinds of a save.
-constexpr int32_t kSaveToFile = 0;
-constexpr int32_t kSaveToMemory = 1;
-constexpr int32_t kSaveToStream = 2;
+constexpr int32_t kSaveToFile = LUM_SAVE_TO_FILE;
+constexpr int32_t kSaveToMemory = LUM_SAVE_TO_MEMORY;
+constexpr int32_t kSaveToStream = LUM_SAVE_TO_STREAM;
 constexpr int32_t kSaveNodeToMemory = 6;
 
 // A save's arguments as the host passes them, with the file already opened

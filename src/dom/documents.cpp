@@ -1,4 +1,5 @@
 #include "dom/documents.h"
+#include "lumxml.h"
 #include "dom/document_release.h"
 
 #include <algorithm>
@@ -138,7 +139,7 @@ bool parseFile(TextGatheringParser& parser, const char* fileName, ErrorReport& r
         parser.parseGathering(name.get());
         return true;
     } catch (const XMLException& e) {
-        report.prefixed("Error parsing file: ", messageOf(e).c_str(), 3);
+        report.prefixed("Error parsing file: ", messageOf(e).c_str(), LUM_ERR_PARSE);
         return false;
     }
 }
@@ -171,7 +172,7 @@ bool parseMemory(LoadParts& parts, const LoadRequest& request, ErrorReport& repo
         parts.parser->parseGathering(source);
         return true;
     } catch (const XMLException& e) {
-        report.prefixed("Error parsing MEMPTR: ", messageOf(e).c_str(), 3);
+        report.prefixed("Error parsing MEMPTR: ", messageOf(e).c_str(), LUM_ERR_PARSE);
         return false;
     }
 }
@@ -221,7 +222,7 @@ void adoptParsedDocument(XercesDOMParser& parser, const LoadRequest& request) {
 
 void initDocument(void** documentOut, int64_t hostHandle, ErrorReport& report) {
     if (!isInitialised()) {
-        report.fixed(kNotInitialised, 2);
+        report.fixed(kNotInitialised, LUM_ERR_NOT_INITIALIZED);
         return;
     }
     // Looked up once: the registry answers the same implementation every
@@ -242,12 +243,12 @@ void initDocument(void** documentOut, int64_t hostHandle, ErrorReport& report) {
 
 void loadDocument(const LoadRequest& request, ErrorReport& report) {
     if (!isInitialised()) {
-        report.fixed(kNotInitialised, 2);
+        report.fixed(kNotInitialised, LUM_ERR_NOT_INITIALIZED);
         return;
     }
     if (request.sourceKind != kSourceFile && request.sourceKind != kSourceMemory) {
         abandonLoadParts(request);
-        report.fixed("Not supported", -1);
+        report.fixed("Not supported", LUM_ERR_NOT_SUPPORTED);
         return;
     }
     std::unique_ptr<LoadParts> parts = makeLoadParts(request);

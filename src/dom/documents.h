@@ -2,6 +2,8 @@
 // a URL or a memory block, and deleted.
 #pragma once
 
+#include "lumxml.h"
+
 #include <cstdint>
 
 #include "frame/error_report.h"
@@ -23,13 +25,13 @@ struct LoadRequest {
 };
 
 // Option bits of a load.
-constexpr uint32_t kLoadValidate = 1;
-constexpr uint32_t kLoadNamespacesOff = 2;
-constexpr uint32_t kLoadNoDefaultEntityResolution = 4;
+constexpr uint32_t kLoadValidate = LUM_LOAD_VALIDATE;
+constexpr uint32_t kLoadNamespacesOff = LUM_LOAD_NO_NAMESPACES;
+constexpr uint32_t kLoadNoDefaultEntityResolution = LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION;
 
 // Source kinds of a load.
-constexpr uint32_t kSourceFile = 0;
-constexpr uint32_t kSourceMemory = 1;
+constexpr uint32_t kSourceFile = LUM_LOAD_FROM_FILE;
+constexpr uint32_t kSourceMemory = LUM_LOAD_FROM_MEMORY;
 
 void initDocument(void** documentOut, int64_t hostHandle, ErrorReport& report);
 void loadDocument(const LoadRequest& request, ErrorReport& report);

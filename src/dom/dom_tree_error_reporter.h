@@ -4,6 +4,8 @@
 // 9 error, 10 fatal error), for the export to hand to the host.
 #pragma once
 
+#include "lumxml.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -16,9 +18,9 @@ namespace lumxml {
 
 class DOMTreeErrorReporter : public XERCES_CPP_NAMESPACE::ErrorHandler {
 public:
-    static constexpr int32_t kWarning = 8;
-    static constexpr int32_t kError = 9;
-    static constexpr int32_t kFatalError = 10;
+    static constexpr int32_t kWarning = LUM_ERR_PARSE_WARNING;
+    static constexpr int32_t kError = LUM_ERR_PARSE_ERROR;
+    static constexpr int32_t kFatalError = LUM_ERR_PARSE_FATAL;
 
     DOMTreeErrorReporter();
     ~DOMTreeErrorReporter() override = default;

@@ -12,6 +12,7 @@
 #include <xercesc/dom/DOMNode.hpp>
 
 #include "frame/error_report.h"
+#include "lumxml.h"
 
 namespace lumxml {
 
@@ -73,6 +74,6 @@ private:
 };
 
 constexpr const char* kStringTooLong = "String length too long";
-constexpr int32_t kStringTooLongCode = 12;
+constexpr int32_t kStringTooLongCode = LUM_ERR_STRING_LENGTH;
 
 }  // namespace lumxml

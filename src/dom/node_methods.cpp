@@ -1,4 +1,5 @@
 #include "dom/node_methods.h"
+#include "lumxml.h"
 #include "frame/deep_stack.h"
 
 #include <cstring>
@@ -43,7 +44,7 @@ DOMNode& the(DOMNode* node) {
 // The node as an element, or null after refusing with "Invalid node type".
 DOMElement* elementOrRefuse(DOMNode* node, MethodCall& call) {
     if (the(node).getNodeType() != DOMNode::ELEMENT_NODE) {
-        call.report().fixed("Invalid node type", 7);
+        call.report().fixed("Invalid node type", LUM_ERR_NODE_TYPE);
         return nullptr;
     }
     return dynamic_cast<DOMElement*>(node);
@@ -74,7 +75,7 @@ constexpr XMLCh kCdataEnd[] = {u']', u']', u'>', 0};
 void setValue(DOMNode& node, const XMLCh* value, MethodCall& call) {
     if (node.getNodeType() == DOMNode::CDATA_SECTION_NODE && value != nullptr &&
         XMLString::patternMatch(value, kCdataEnd) >= 0) {
-        call.report().fixed("The sequence ']]>' is not allowed in character data", 6);
+        call.report().fixed("The sequence ']]>' is not allowed in character data", LUM_ERR_DOM);
         return;
     }
     if (node.getNodeType() == DOMNode::ELEMENT_NODE)
@@ -104,11 +105,11 @@ void noteAttributesChanged(DOMElement* element) {
 // ---- refusals (they never touch the node) ----------------------------------
 
 void notValidOnNodeRef(DOMNode*, MethodCall& call) {
-    call.report().fixed("Method not valid on X-NodeRef", -1);
+    call.report().fixed("Method not valid on X-NodeRef", LUM_ERR_NOT_SUPPORTED);
 }
 
 void invalidMethodNumber(DOMNode*, MethodCall& call) {
-    call.report().fixed("Invalid method number", 3);
+    call.report().fixed("Invalid method number", LUM_ERR_NODE_METHOD_NUMBER);
 }
 
 // ---- tree ------------------------------------------------------------------
@@ -151,7 +152,7 @@ void positionOf(DOMNode* node, MethodCall& call) {
 void parentOf(DOMNode* node, MethodCall& call) {
     DocUserData* record = userDataOf(&the(node));
     if (record != nullptr && record->restrictParent) {
-        call.report().fixed("Restricted node", -1);
+        call.report().fixed("Restricted node", LUM_ERR_NOT_SUPPORTED);
         return;
     }
     call.writeNode(node->getParentNode());
@@ -163,7 +164,7 @@ void childByIndex(DOMNode* node, MethodCall& call) {
     DOMNode& parent = the(node);
     DOMNode* child = index < 0 ? nullptr : childAt(&parent, static_cast<uint64_t>(index));
     if (child == nullptr) {
-        call.report().fixed("Invalid child index", 5);
+        call.report().fixed("Invalid child index", LUM_ERR_CHILD_INDEX);
         call.writeNode(nullptr);
         return;
     }
@@ -217,7 +218,7 @@ void attributeNames(DOMNode* node, MethodCall& call) {
     call.writeEmptyString();
     int32_t limit = call.intArg(0);
     if (limit < 0) {
-        call.report().fixed("String length is negative", 12);
+        call.report().fixed("String length is negative", LUM_ERR_STRING_LENGTH);
         return;
     }
     int64_t total = 0;
@@ -303,7 +304,7 @@ void attributeNS(DOMNode* node, MethodCall& call) {
 void ownerHandle(DOMNode* node, MethodCall& call) {
     DocUserData* own = userDataOf(&the(node));
     if (own != nullptr && own->restrictOwner) {
-        call.report().fixed("Restricted node", -1);
+        call.report().fixed("Restricted node", LUM_ERR_NOT_SUPPORTED);
         return;
     }
     // A document is its own owner (Xerces answers null for it).
@@ -442,11 +443,11 @@ const NodeMethod kNodeMethods[kHighestNodeMethod] = {
 
 void nodeExecute(DOMNode* node, int32_t method, void** args, void* result, ErrorReport& report) {
     if (!isInitialised()) {
-        report.fixed("XML Parser not initialized", 2);
+        report.fixed("XML Parser not initialized", LUM_ERR_NOT_INITIALIZED);
         return;
     }
     if (static_cast<uint32_t>(method) - 1 > kHighestNodeMethod - 1) {
-        report.fixed("Invalid method number", 3);
+        report.fixed("Invalid method number", LUM_ERR_NODE_METHOD_NUMBER);
         return;
     }
     const NodeMethod& entry = kNodeMethods[method - 1];
@@ -457,7 +458,7 @@ void nodeExecute(DOMNode* node, int32_t method, void** args, void* result, Error
         if (entry.translatesDomErrors)
             reportDomError(e, report);
         else
-            report.formatted(13, "Unexpected exception");
+            report.formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
     }
 }
 

@@ -6,10 +6,11 @@
 #include <xercesc/dom/DOMNode.hpp>
 
 #include "frame/error_report.h"
+#include "lumxml.h"
 
 namespace lumxml {
 
-constexpr int32_t kHighestNodeMethod = 39;
+constexpr int32_t kHighestNodeMethod = LUM_NODE_METHOD_LAST;
 
 // lumNodeExecute: the not-initialised check, the method number check, then
 // the method. No argument slot is read before the number is checked.

@@ -1,4 +1,5 @@
 #include "sax/sax_parser.h"
+#include "lumxml.h"
 
 #include <cstring>
 #include <memory>
@@ -241,12 +242,12 @@ bool parseFirstOn(SaxParserInstance& instance) {
 StartOutcome openAndStart(SaxParserInstance& instance) {
     StartOutcome outcome;
     if (!isMemoryInput(instance.inputKind) && instance.inputKind != 0) {
-        reportOf(instance).fixed("Not supported", -1);
+        reportOf(instance).fixed("Not supported", LUM_ERR_NOT_SUPPORTED);
         outcome.how = Start::Refused;
         return outcome;
     }
     if (instance.inputKind == 0 && instance.fileName == nullptr) {
-        reportOf(instance).fixed("No input file specified", 11);
+        reportOf(instance).fixed("No input file specified", LUM_ERR_NO_INPUT_FILE);
         outcome.how = Start::NoFile;
         return outcome;
     }
@@ -261,10 +262,10 @@ StartOutcome openAndStart(SaxParserInstance& instance) {
         writePrefixed(instance,
                       isMemoryInput(instance.inputKind) ? "Error parsing MEMPTR: "
                                                         : "Error parsing file: ",
-                      failure.getMessage(), 3);
+                      failure.getMessage(), LUM_ERR_PARSE);
         outcome.how = Start::XercesFailed;
     } catch (...) {
-        reportOf(instance).formatted(13, "Unexpected exception");
+        reportOf(instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
         outcome.how = Start::Unexpected;
     }
     return outcome;
@@ -302,7 +303,7 @@ int32_t setUp(SaxParserInstance& instance) {
         deleteToken(instance);
         return 1;
     }
-    if (instance.errorCode == 0) reportOf(instance).fixed("Unexpected error", 3);
+    if (instance.errorCode == 0) reportOf(instance).fixed("Unexpected error", LUM_ERR_PARSE);
     return 0;
 }
 
@@ -319,7 +320,7 @@ int32_t restartParse(SaxParserInstance& instance) {
     if (old == nullptr) {
         // The record was released (lumSAXDeleteParserInstance) since its
         // "StartDocument": there is nothing to restart.
-        reportOf(instance).fixed("Unexpected error", 3);
+        reportOf(instance).fixed("Unexpected error", LUM_ERR_PARSE);
         return 0;
     }
     newToken(instance);
@@ -384,7 +385,7 @@ int32_t readOn(SaxParserInstance& instance) {
     } catch (...) {
         deleteToken(instance);
         if (instance.eventCount != 0) return 1;
-        reportOf(instance).formatted(13, "Unexpected exception in SAXParseNext");
+        reportOf(instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception in SAXParseNext");
         return 0;
     }
 }
@@ -419,7 +420,7 @@ int32_t step(SaxParserInstance& instance) {
 
     if (instance.scanToken != nullptr && instance.reader != nullptr) return readOn(instance);
     if (instance.state == kStateEnded || endedAtExpansionLimit(instance)) return 0;
-    reportOf(instance).fixed("Unexpected error", 3);
+    reportOf(instance).fixed("Unexpected error", LUM_ERR_PARSE);
     return 0;
 }
 
@@ -470,18 +471,18 @@ int32_t validate(SaxParserInstance& instance) {
     parser.setErrorHandler(&reporter);
 
     if (instance.inputKind != 0) {
-        reportOf(instance).fixed("Not supported", -1);
+        reportOf(instance).fixed("Not supported", LUM_ERR_NOT_SUPPORTED);
         return 0;
     }
     if (instance.fileName == nullptr) {
-        reportOf(instance).fixed("No input file specified", 11);
+        reportOf(instance).fixed("No input file specified", LUM_ERR_NO_INPUT_FILE);
         return 0;
     }
     try {
         XmlString name(pathForXerces(instance.fileName).c_str());
         parser.parse(name.get());
     } catch (const XMLException& failure) {
-        writePrefixed(instance, "Error parsing file: ", failure.getMessage(), 3);
+        writePrefixed(instance, "Error parsing file: ", failure.getMessage(), LUM_ERR_PARSE);
         return 0;
     }
     if (reporter.sawErrors()) copyReporterText(instance, reporter);
@@ -513,20 +514,20 @@ void resetParserInstance(SaxParserInstance& instance) {
         // eventCount is deliberately left as it stands: hosts see the count
         // of an abandoned parse until the next step that reads on clears it.
     } catch (...) {
-        reportOf(instance).formatted(13, "Unexpected exception");
+        reportOf(instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
     }
 }
 
 int32_t parseFirst(SaxParserInstance* instance) {
     if (instance == nullptr) return 0;
     if (!isInitialised()) {
-        reportOf(*instance).fixed("XML Parser not initialized", 2);
+        reportOf(*instance).fixed("XML Parser not initialized", LUM_ERR_NOT_INITIALIZED);
         return 0;
     }
     try {
         return setUp(*instance);
     } catch (...) {
-        reportOf(*instance).formatted(13, "Unexpected exception");
+        reportOf(*instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
         return 0;
     }
 }
@@ -536,7 +537,7 @@ int32_t parseNext(SaxParserInstance* instance) {
     try {
         return next(*instance);
     } catch (...) {
-        reportOf(*instance).formatted(13, "Unexpected exception");
+        reportOf(*instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
         return 0;
     }
 }
@@ -558,13 +559,13 @@ int32_t validateFile(SaxParserInstance* instance) {
     if (instance == nullptr) return 0;
     if (!isInitialised()) {
         // Deliberately 1: the call "ran" and the reason is in the record.
-        reportOf(*instance).fixed("XML Parser not initialized", 2);
+        reportOf(*instance).fixed("XML Parser not initialized", LUM_ERR_NOT_INITIALIZED);
         return 1;
     }
     try {
         return validate(*instance);
     } catch (...) {
-        reportOf(*instance).formatted(13, "Unexpected exception");
+        reportOf(*instance).formatted(LUM_ERR_UNEXPECTED, "Unexpected exception");
         return 0;
     }
 }

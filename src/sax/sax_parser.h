@@ -12,10 +12,10 @@ namespace sax {
 
 // ParseState, the record's state field.
 enum ParseState : int32_t {
-    kStateFirstPass = 1,   // only "StartDocument" is reported, then the pass is cut short
-    kStateRestarting = 2,  // the second parseFirst is running
-    kStateRunning = 3,
-    kStateEnded = 4,       // "EndDocument" has been queued
+    kStateFirstPass = LUM_SAX_STATE_FIRST_PASS,   // only "StartDocument" is reported, then the pass is cut short
+    kStateRestarting = LUM_SAX_STATE_RESTARTING,  // the second parseFirst is running
+    kStateRunning = LUM_SAX_STATE_RUNNING,
+    kStateEnded = LUM_SAX_STATE_ENDED,       // "EndDocument" has been queued
 };
 
 // The record's error text holds 255 characters and its NUL.
