@@ -28,7 +28,6 @@
 #include "documents.h"
 #include "host_copy.h"
 #include "lumxml.h"
-#include "nested_catalogue.h"
 #include "suite.h"
 
 XERCES_CPP_NAMESPACE_USE
