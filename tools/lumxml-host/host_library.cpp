@@ -65,6 +65,16 @@ int HostLibrary::exportsExpected() {
 bool HostLibrary::open(const std::string& path) {
     path_ = path;
     handle_ = loadLibrary(path, error_);
+#if defined(LUMXML_SONAME_LIBRARY)
+    // Under a sanitizer, dlopen is called from the sanitizer's runtime, so
+    // the loader does not search this program's run path: the library built
+    // beside the program is then named by its full path.
+    if (handle_ == nullptr && path == LUMXML_SONAME_LIBRARY) {
+        std::string bySoname = error_;
+        handle_ = loadLibrary(LUMXML_DEFAULT_LIBRARY, error_);
+        if (handle_ == nullptr) error_ = bySoname;
+    }
+#endif
     if (handle_ == nullptr) return false;
 #define LUMXML_HOST_EXPORT(name)                                                      \
     exports_.name = reinterpret_cast<decltype(exports_.name)>(findSymbol(handle_, #name)); \
