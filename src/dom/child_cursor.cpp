@@ -205,6 +205,17 @@ private:
 // or walk them from its own exit code after this thread's thread_local
 // objects are gone; then no list is kept and every answer is walked.
 thread_local ChildLists* threadLists = nullptr;
+
+#if defined(_WIN32)
+// A DLL's thread_local destructors run at thread detach under the loader
+// lock, where freeing the cache can deadlock the exiting thread. So on
+// Windows a thread's cache is never destroyed: what it holds at the
+// thread's end (lists of documents the thread did not delete) stays.
+ChildLists* lists() {
+    if (threadLists == nullptr) threadLists = new ChildLists;
+    return threadLists;
+}
+#else
 thread_local bool threadListsEnded = false;
 
 struct ThreadListsOwner {
@@ -223,6 +234,7 @@ ChildLists* lists() {
     }
     return threadLists;
 }
+#endif
 
 // ---- subtree walks without recursion -----------------------------------------
 
