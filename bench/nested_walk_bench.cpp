@@ -170,8 +170,10 @@ void finish(benchmark::State& state, Calls& calls, int64_t nodes, size_t seen) {
     state.SetItemsProcessed(nodes);
 }
 
-void walkOnce(benchmark::State& state, Order order) {
-    HostDocument& document = cachedDocument(state.range(0));
+// A generic walk over document `which` of the size (one per thread in the
+// threaded walk).
+void walkOnce(benchmark::State& state, Order order, int which = 0) {
+    HostDocument& document = cachedDocument(state.range(0), which);
     Calls calls;
     int64_t nodes = 0;
     size_t seen = 0;
@@ -185,22 +187,11 @@ void walkOnce(benchmark::State& state, Order order) {
 }
 
 void NestedWalkLumxml(benchmark::State& state) { walkOnce(state, Order::Forward); }
-
+void NestedWalkBackwardLumxml(benchmark::State& state) { walkOnce(state, Order::Backward); }
 // Two threads, each walking its own document.
 void NestedWalkThreadsLumxml(benchmark::State& state) {
-    HostDocument& document = cachedDocument(state.range(0), state.thread_index());
-    Calls calls;
-    int64_t nodes = 0;
-    size_t seen = 0;
-    for (auto _ : state) {
-        GenericWalk walk(document.node(), Order::Forward);
-        while (walk.step(calls, seen)) {
-        }
-        nodes += walk.nodes();
-    }
-    finish(state, calls, nodes, seen);
+    walkOnce(state, Order::Forward, state.thread_index());
 }
-void NestedWalkBackwardLumxml(benchmark::State& state) { walkOnce(state, Order::Backward); }
 
 // First child by index 0, then parent (7), position (6) and the parent's
 // child at position + 1 (8): a walk by position, parent and sibling.
@@ -397,10 +388,11 @@ void siblingWalk(DOMNode* root, Visit&& visit) {
     }
 }
 
-// The sibling walk `times` times over (twice where the lumxml walk reads
-// two documents).
-void siblingWalks(benchmark::State& state, int times) {
-    DOMDocument* document = xercesDocument(state.range(0));
+// The sibling walk `times` times over document `which` of the size (twice
+// where the lumxml walk reads two documents; one document per thread in
+// the threaded walk).
+void siblingWalks(benchmark::State& state, int times, int which = 0) {
+    DOMDocument* document = xercesDocument(state.range(0), which);
     int64_t nodes = 0;
     size_t seen = 0;
     for (auto _ : state) {
@@ -415,22 +407,10 @@ void siblingWalks(benchmark::State& state, int times) {
 }
 
 void NestedWalkXercesSiblings(benchmark::State& state) { siblingWalks(state, 1); }
-
-// One Xerces document per thread, as the threaded lumxml walk has.
-void NestedWalkThreadsXerces(benchmark::State& state) {
-    DOMDocument* document = xercesDocument(state.range(0), state.thread_index());
-    int64_t nodes = 0;
-    size_t seen = 0;
-    for (auto _ : state) {
-        siblingWalk(document, [&](DOMNode* node) {
-            seen += readXerces(node);
-            ++nodes;
-        });
-    }
-    benchmark::DoNotOptimize(seen);
-    state.SetItemsProcessed(nodes);
-}
 void NestedWalkXercesSiblingsTwice(benchmark::State& state) { siblingWalks(state, 2); }
+void NestedWalkThreadsXerces(benchmark::State& state) {
+    siblingWalks(state, 1, state.thread_index());
+}
 
 void NestedCopyXerces(benchmark::State& state) {
     DOMDocument* source = xercesDocument(state.range(0));
