@@ -15,6 +15,9 @@ void TextGatheringParser::flushText() {
     // hands over character data of length 0, and the stock parser makes an
     // empty text node of it.
     if (!pending_) return;
+    // The text came in pieces: however long, it is not an item the scanner
+    // built whole.
+    ParseBudget::LargeBlocks textNode(budget_);
     XercesDOMParser::docCharacters(text_.data(), text_.size(), false);
     text_.clear();
     pending_ = false;

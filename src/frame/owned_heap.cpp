@@ -1,5 +1,7 @@
 #include "frame/owned_heap.h"
 
+#include "frame/parse_budget.h"
+
 #include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
@@ -32,6 +34,9 @@ void OwnedHeap::drop() noexcept {
 }
 
 void* OwnedHeap::allocate(XMLSize_t size) {
+    // Only a block this big can be one item grown past a hardened parse's
+    // limit; every other allocation pays one comparison.
+    if (size > ParseBudget::kMaxItemBlockBytes) ParseBudget::noteLargeBlock();
     // Throws OutOfMemoryException as Xerces' own manager does.
     auto* header = static_cast<Header*>(
         XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Header) + size));

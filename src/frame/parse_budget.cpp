@@ -25,6 +25,7 @@ void ParseBudget::arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDe
     armed_ = true;
     limitDepth_ = limitDepth;
     inDtd_ = false;
+    largeBlocks_ = false;
     expansionLimit_ = expansionLimit;
     const uint64_t scaled = inputBytes * kAmplificationFactor;
     characterBudget_ = scaled > kAmplificationThreshold ? scaled : kAmplificationThreshold;
@@ -122,6 +123,20 @@ ParseBudget::Scope::~Scope() {
 
 void ParseBudget::noteReaderMade() {
     if (current != nullptr) current->readerMade();
+}
+
+void ParseBudget::noteLargeBlock() {
+    if (current != nullptr) current->largeBlockRequested();
+}
+
+void ParseBudget::largeBlockRequested() {
+    if (!armed_ || largeBlocks_) return;
+    // Unwinding after the stop may not be stopped again.
+    armed_ = false;
+    // Short, so that the host's 256 characters keep it whole after the location.
+    stop("an item in the document is longer than '" +
+         std::to_string(kMaxItemCharacters) +
+         "' characters; this is the size limit imposed by the application");
 }
 
 }  // namespace lumxml

@@ -17,6 +17,17 @@
 // - A DOM may hold at most kMaxDistinctNames distinct element and attribute
 //   names: Xerces' DOM keeps every name in a pool of 257 chains, so each new
 //   name costs as much as the names before it.
+// - No item the scanner builds whole (a name, an attribute value, a comment,
+//   a processing instruction, a CDATA section, an entity value) may grow
+//   past kMaxItemCharacters: Xerces holds four or five copies of such an
+//   item at once, about 9 bytes per character. The heap (owned_heap.cpp)
+//   reports every block bigger than kMaxItemBlockBytes, which is what the
+//   scanner's doubling buffer asks for once it must hold more than
+//   kMaxItemCharacters characters. The check is made when a buffer grows, so
+//   an item of up to twice the limit may pass when an earlier item already
+//   grew the buffer; the cost stays bounded all the same. Text content is
+//   handed over in pieces and has no such limit: a DOM's text node is made
+//   with large blocks allowed (LargeBlocks).
 //
 // Xerces has no hook for entity expansions: every expansion makes a new
 // reader, and every reader asks the transcoding service once whether it
@@ -62,6 +73,10 @@ public:
     static constexpr uint64_t kMaxAttributeDefinitions = 256;
     static constexpr uint64_t kDefaultedAttributeCharge = 16;
     static constexpr uint64_t kMaxDistinctNames = 20000;
+    static constexpr uint64_t kMaxItemCharacters = 16u * 1024u * 1024u;
+    // Xerces' XMLBuffer asks for (2n + 1) * 2 bytes when it must hold n
+    // characters: a bigger block means more than kMaxItemCharacters.
+    static constexpr size_t kMaxItemBlockBytes = 4 * kMaxItemCharacters + 2;
 
     // A budget does nothing until it is armed.
     void arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDepth);
@@ -112,14 +127,35 @@ public:
 
     // For the transcoding service: a reader was made on this thread.
     static void noteReaderMade();
+    // For the heap: a block of more than kMaxItemBlockBytes is asked for on
+    // this thread. May throw ParseLimitStop.
+    static void noteLargeBlock();
+
+    // While one lives, the budget lets large blocks through (a DOM's text
+    // node, whose text came in pieces).
+    class LargeBlocks {
+    public:
+        explicit LargeBlocks(ParseBudget& budget) : budget_(budget), before_(budget.largeBlocks_) {
+            budget_.largeBlocks_ = true;
+        }
+        ~LargeBlocks() { budget_.largeBlocks_ = before_; }
+        LargeBlocks(const LargeBlocks&) = delete;
+        LargeBlocks& operator=(const LargeBlocks&) = delete;
+
+    private:
+        ParseBudget& budget_;
+        bool before_;
+    };
 
 private:
     [[noreturn]] void stop(std::string message) const;
     void charge(uint64_t characters);
+    void largeBlockRequested();
 
     bool armed_ = false;
     bool limitDepth_ = false;
     bool inDtd_ = false;
+    bool largeBlocks_ = false;
     uint64_t expansionLimit_ = 0;
     uint64_t characterBudget_ = 0;
     uint64_t dtdExpansions_ = 0;

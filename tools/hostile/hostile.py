@@ -76,6 +76,18 @@ def big_attribute(megabytes=100):
     return '<r a="' + 'x' * (megabytes * 1000000) + '"/>'
 
 
+def big_name(megabytes=100):
+    return '<r' + 'x' * (megabytes * 1000000) + '/>'
+
+
+def big_comment(megabytes=100):
+    return '<r><!--' + 'x' * (megabytes * 1000000) + '--></r>'
+
+
+def big_text(megabytes=100):
+    return '<r>' + 'x' * (megabytes * 1000000) + '</r>'
+
+
 def defaulted_prefixed_attribute():
     return ('<!DOCTYPE doc [<!ATTLIST doc xmlns:tst CDATA #FIXED "http://example.org" '
             'tst:att CDATA "1">]><doc att="1"/>')
@@ -103,7 +115,11 @@ DOCUMENTS = [
     ('10^5 ATTLIST default attributes', attlist_defaults, ('dom', 'sax'), True),
     ('10^5-deep namespaced nesting', lambda: deep_namespaced(100000), ('dom', 'sax', 'resave'), True),
     ('10^6-deep namespaced nesting', lambda: deep_namespaced(1000000), ('dom', 'sax'), False),
+    ('34 MB attribute value', lambda: big_attribute(34), ('dom', 'sax'), True),
     ('100 MB attribute value', big_attribute, ('dom', 'sax'), False),
+    ('100 MB element name', big_name, ('dom', 'sax'), False),
+    ('100 MB comment', big_comment, ('dom', 'sax'), False),
+    ('100 MB text content', big_text, ('dom', 'sax'), False),
     ('DTD-defaulted prefixed attribute', defaulted_prefixed_attribute, ('resave',), True),
     ('second prefix on the defaulted URI', second_prefix_same_uri, ('resave',), True),
     ('"../" out of the entity directory', directory_escape, ('dom', 'sax'), True),
