@@ -52,6 +52,7 @@ void TextGatheringParser::parseGathering(const XMLCh* systemId) {
 
 void TextGatheringParser::armBudget(uint64_t expansionLimit, uint64_t inputBytes) {
     budget_.arm(expansionLimit, inputBytes, getDoNamespaces());
+    budget_.setReaders(getScanner()->getReaderMgr());
 }
 
 void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,

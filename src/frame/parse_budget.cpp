@@ -59,6 +59,12 @@ void ParseBudget::charge(uint64_t characters) {
 
 void ParseBudget::readerMade() {
     if (!armed_) return;  // stopped: the parse is unwinding
+    // The readers open besides the document's own are the entities the new
+    // one nests in (the external subset counts as one).
+    if (readers_ != nullptr && readers_->getReaderDepth() > kMaxEntityDepth)
+        stop("entity references in the document are nested more than '" +
+             std::to_string(kMaxEntityDepth) +
+             "' deep; this is the entity nesting limit imposed by the application");
     if (inDtd_ && ++dtdExpansions_ > expansionLimit_)
         stop("parser has encountered more than '" + std::to_string(expansionLimit_) +
              "' parameter entity expansions in the document; this is the limit imposed by "

@@ -17,6 +17,10 @@
 // - A DOM may hold at most kMaxDistinctNames distinct element and attribute
 //   names: Xerces' DOM keeps every name in a pool of 257 chains, so each new
 //   name costs as much as the names before it.
+// - Entity references may not nest deeper than kMaxEntityDepth: every
+//   level keeps a reader of about 16 KB open, and a DOM's entity-reference
+//   nodes cost more than the square of the depth (a chain of 10^4 entities,
+//   each referring to the one before, took 4.8 GB and more than a minute).
 // - No item the scanner builds whole (a name, an attribute value, a comment,
 //   a processing instruction, a CDATA section, an entity value) may grow
 //   past kMaxItemCharacters: Xerces holds four or five copies of such an
@@ -47,6 +51,7 @@
 #include <unordered_set>
 
 #include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -73,6 +78,7 @@ public:
     static constexpr uint64_t kMaxAttributeDefinitions = 256;
     static constexpr uint64_t kDefaultedAttributeCharge = 16;
     static constexpr uint64_t kMaxDistinctNames = 20000;
+    static constexpr uint64_t kMaxEntityDepth = 64;
     static constexpr uint64_t kMaxItemCharacters = 16u * 1024u * 1024u;
     // Xerces' XMLBuffer asks for (2n + 1) * 2 bytes when it must hold n
     // characters: a bigger block means more than kMaxItemCharacters.
@@ -84,6 +90,8 @@ public:
     bool armed() const { return armed_; }
     // Where a stop is located (the scanner's locator; may be null).
     void setLocator(const xercesc::Locator* locator) { locator_ = locator; }
+    // The scanner's readers, whose depth is the entities' nesting.
+    void setReaders(const xercesc::ReaderMgr* readers) { readers_ = readers; }
     // Called with a stop before it is thrown, while the scanner still knows
     // where it is; it may throw an exception of its own instead.
     using StopHandler = void (*)(void* context, const ParseLimitStop& stop);
@@ -165,6 +173,7 @@ private:
     std::unordered_set<std::u16string> names_;
     std::u16string scratch_;
     const xercesc::Locator* locator_ = nullptr;
+    const xercesc::ReaderMgr* readers_ = nullptr;
     StopHandler stopHandler_ = nullptr;
     void* stopContext_ = nullptr;
 };

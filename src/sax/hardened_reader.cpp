@@ -61,7 +61,12 @@ bool HardenedReader::parseNext(XMLPScanToken& token) {
 void HardenedReader::startDocument() {
     SAX2XMLReaderImpl::startDocument();
     // The stock reader has just handed its locator to the content handler.
-    if (instance_ != nullptr) budget_.setLocator(static_cast<const Locator*>(instance_->locator));
+    if (instance_ == nullptr) return;
+    const auto* locator = static_cast<const Locator*>(instance_->locator);
+    budget_.setLocator(locator);
+    // That locator is the scanner's reader manager (the scanner itself is
+    // private to the stock reader).
+    budget_.setReaders(dynamic_cast<const ReaderMgr*>(locator));
 }
 
 void HardenedReader::startElement(const XMLElementDecl& elemDecl, const unsigned int urlId,

@@ -72,6 +72,19 @@ def deep_namespaced(depth):
     return '<e xmlns="urn:x">' + '<e>' * (depth - 1) + 'x' + '</e>' * depth
 
 
+def entity_chain(levels, before, after):
+    """Entities each referring to the one before, the last one used."""
+    text = '<!DOCTYPE r [<!ENTITY e0 "x">'
+    text += ''.join('<!ENTITY e%d "&e%d;">' % (i, i - 1) for i in range(1, levels))
+    return text + ']>' + before + '&e%d;' % (levels - 1) + after
+
+
+def parameter_chain(levels):
+    text = '<!DOCTYPE r [<!ENTITY % p0 "<!--x-->">'
+    text += ''.join('<!ENTITY %% p%d "&#37;p%d;">' % (i, i - 1) for i in range(1, levels))
+    return text + '%%p%d;]><r/>' % (levels - 1)
+
+
 def big_attribute(megabytes=100):
     return '<r a="' + 'x' * (megabytes * 1000000) + '"/>'
 
@@ -110,6 +123,11 @@ DOCUMENTS = [
     ('PE bomb in an external DTD (entity directory)', None, ('dom', 'sax'), True),
     ('quadratic blowup, 50 KB entity x 20000', quadratic_blowup, ('dom', 'sax'), True),
     ('attribute blowup, 10 levels into a value', attribute_blowup, ('dom', 'sax'), True),
+    ('10^4-deep entity chain in content', lambda: entity_chain(10000, '<r>', '</r>'),
+     ('dom', 'sax'), True),
+    ('10^4-deep entity chain in a value', lambda: entity_chain(10000, '<r a="', '"/>'),
+     ('dom', 'sax'), True),
+    ('10^4-deep parameter entity chain', lambda: parameter_chain(10000), ('dom', 'sax'), True),
     ('2*10^5 attributes on one element', wide_attributes, ('dom', 'sax'), True),
     ('10^5 namespace declarations', namespace_declarations, ('dom', 'sax'), True),
     ('10^5 ATTLIST default attributes', attlist_defaults, ('dom', 'sax'), True),

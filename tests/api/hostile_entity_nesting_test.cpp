@@ -1,0 +1,130 @@
+// The entity nesting limit of a hardened load or pull read (an expansion
+// limit set): entity references may nest 64 deep, in content, in attribute
+// values and in the document type declaration; the 65th level ends the
+// parse as the expansion limit does. Without a limit nothing changes.
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host_test.h"
+#include "lumxml.h"
+#include "memory_pull.h"
+
+using lumtest::ErrorSlot;
+
+namespace {
+
+constexpr const char* kNestingMessage =
+    "entity references in the document are nested more than '64' deep; this is the entity "
+    "nesting limit imposed by the application";
+
+// Entities e0 .. e(levels-1), each referring to the one before; `use`
+// wraps the reference to the last one into the document.
+std::string entityChain(int levels, const std::string& before, const std::string& after) {
+    std::string text = "<!DOCTYPE r [<!ENTITY e0 \"x\">";
+    for (int i = 1; i < levels; ++i)
+        text += "<!ENTITY e" + std::to_string(i) + " \"&e" + std::to_string(i - 1) + ";\">";
+    return text + "]>" + before + "&e" + std::to_string(levels - 1) + ";" + after;
+}
+
+std::string contentChain(int levels) { return entityChain(levels, "<r>", "</r>"); }
+std::string attributeChain(int levels) { return entityChain(levels, "<r a=\"", "\"/>"); }
+
+std::string parameterChain(int levels) {
+    std::string text = "<!DOCTYPE r [<!ENTITY % p0 \"<!--x-->\">";
+    for (int i = 1; i < levels; ++i)
+        text += "<!ENTITY % p" + std::to_string(i) + " \"&#37;p" + std::to_string(i - 1) + ";\">";
+    return text + "%p" + std::to_string(levels - 1) + ";]><r/>";
+}
+
+struct Loaded {
+    int32_t code = 0;
+    std::string message;
+};
+
+Loaded loadText(const std::string& text, const int32_t* limit) {
+    void* document = nullptr;
+    ErrorSlot made;
+    lumInitDocument(&document, 1, made.buffer, &made.code);
+    ErrorSlot error;
+    char encoding[257] = {0};
+    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
+               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
+               &error.code);
+    Loaded loaded{error.code, error.text()};
+    ErrorSlot gone;
+    lumDocDelete(document, gone.buffer, &gone.code);
+    return loaded;
+}
+
+std::vector<std::string> pullFatalErrors(const std::string& text, int32_t limit) {
+    SaxParserInstance instance;
+    lumtest::setUpMemoryPull(instance, text, 0, limit);
+    std::vector<std::string> fatalErrors;
+    const int32_t last = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
+            fatalErrors.push_back(static_cast<const char*>(event.arg1));
+        return true;
+    });
+    EXPECT_EQ(last, 0);
+    lumSAXDeleteParserInstance(&instance);
+    return fatalErrors;
+}
+
+struct ChainKind {
+    const char* name;
+    std::string (*make)(int levels);
+};
+
+void PrintTo(const ChainKind& kind, std::ostream* out) { *out << kind.name; }
+
+const ChainKind kChains[] = {
+    {"Content", contentChain}, {"AttributeValue", attributeChain}, {"Parameter", parameterChain}};
+
+class HostileEntityNesting : public ::testing::TestWithParam<ChainKind> {
+protected:
+    void SetUp() override { lumtest::initLibraryOnce(); }
+    const int32_t limit = 50000;
+};
+
+TEST_P(HostileEntityNesting, SixtyFourLevelsLoadAndPull) {
+    const std::string text = GetParam().make(64);
+    Loaded loaded = loadText(text, &limit);
+    EXPECT_EQ(loaded.code, LUM_OK) << loaded.message;
+    EXPECT_TRUE(pullFatalErrors(text, limit).empty());
+}
+
+TEST_P(HostileEntityNesting, SixtyFifthLevelEndsLoadWithAFatalError) {
+    Loaded loaded = loadText(GetParam().make(65), &limit);
+    EXPECT_EQ(loaded.code, LUM_ERR_PARSE_FATAL);
+    EXPECT_NE(loaded.message.find(kNestingMessage), std::string::npos) << loaded.message;
+}
+
+TEST_P(HostileEntityNesting, SixtyFifthLevelEndsPullWithAFatalErrorEvent) {
+    const std::vector<std::string> errors = pullFatalErrors(GetParam().make(65), limit);
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0], kNestingMessage);
+}
+
+TEST_P(HostileEntityNesting, LongChainEndsQuicklyAtTheLimit) {
+    // Without the limit, ten thousand levels hold ten thousand readers open
+    // (and a DOM builds its entity nodes in more than quadratic time).
+    const std::string text = GetParam().make(10000);
+    EXPECT_EQ(loadText(text, &limit).code, LUM_ERR_PARSE_FATAL);
+    EXPECT_EQ(pullFatalErrors(text, limit).size(), 1u);
+}
+
+TEST_P(HostileEntityNesting, NestingIsNotLimitedWithoutALimit) {
+    const std::string text = GetParam().make(200);
+    EXPECT_EQ(loadText(text, nullptr).code, LUM_OK);
+    EXPECT_TRUE(pullFatalErrors(text, -1).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Chains, HostileEntityNesting, ::testing::ValuesIn(kChains),
+                         [](const ::testing::TestParamInfo<ChainKind>& info) {
+                             return std::string(info.param.name);
+                         });
+
+}  // namespace
