@@ -99,6 +99,12 @@ void TextGatheringParser::ignorableWhitespace(const XMLCh* chars, XMLSize_t leng
     XercesDOMParser::ignorableWhitespace(chars, length, cdataSection);
 }
 
+void TextGatheringParser::notationDecl(const XMLNotationDecl& notDecl, bool isIgnored) {
+    // Each becomes a notation node of the document type.
+    if (budget_.armed()) budget_.nameUsed(notDecl.getName());
+    XercesDOMParser::notationDecl(notDecl, isIgnored);
+}
+
 void TextGatheringParser::resetDocument() {
     text_.clear();
     pending_ = false;
@@ -120,8 +126,7 @@ void TextGatheringParser::startElement(const XMLElementDecl& elemDecl, unsigned 
     flushText();
     if (budget_.armed()) {
         budget_.elementStarted(attrList, attrCount);
-        budget_.nameUsed(elemDecl.getFullName());
-        for (XMLSize_t i = 0; i < attrCount; ++i) budget_.nameUsed(attrList.elementAt(i)->getQName());
+        countNames(elemDecl, urlId, attrList, attrCount);
     }
     if (!buildsOwnAttributes(elemDecl, attrCount)) {
         XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
@@ -168,9 +173,25 @@ void TextGatheringParser::attDef(const DTDElementDecl& elemDecl, const DTDAttDef
     XercesDOMParser::attDef(elemDecl, attDef, ignoring);
 }
 
+void TextGatheringParser::countNames(const XMLElementDecl& elemDecl, unsigned int urlId,
+                                     const RefVectorOf<XMLAttr>& attrList, XMLSize_t attrCount) {
+    // The DOM pools the qualified names and, with namespaces on, the URIs.
+    const bool namespaces = getDoNamespaces();
+    const XMLScanner* scanner = getScanner();
+    budget_.nameUsed(elemDecl.getFullName());
+    if (namespaces) budget_.nameUsed(scanner->getURIText(urlId));
+    for (XMLSize_t i = 0; i < attrCount; ++i) {
+        const XMLAttr* attribute = attrList.elementAt(i);
+        budget_.nameUsed(attribute->getQName());
+        if (namespaces) budget_.nameUsed(scanner->getURIText(attribute->getURIId()));
+    }
+}
+
 void TextGatheringParser::entityDecl(const DTDEntityDecl& entityDecl, bool isPEDecl,
                                      bool isIgnored) {
     if (!entityDecl.isExternal()) budget_.entityDeclared(entityDecl.getValueLen());
+    // Each becomes an entity node of the document type.
+    if (budget_.armed()) budget_.nameUsed(entityDecl.getName());
     XercesDOMParser::entityDecl(entityDecl, isPEDecl, isIgnored);
 }
 

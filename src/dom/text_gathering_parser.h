@@ -71,6 +71,8 @@ public:
                 const bool ignoring) override;
     void entityDecl(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entityDecl, bool isPEDecl,
                     bool isIgnored) override;
+    void notationDecl(const XERCES_CPP_NAMESPACE::XMLNotationDecl& notDecl,
+                      bool isIgnored) override;
     void handleElementPSVI(const XMLCh* localName, const XMLCh* uri,
                            XERCES_CPP_NAMESPACE::PSVIElement* elementInfo) override;
     void handlePartialElementPSVI(const XMLCh* localName, const XMLCh* uri,
@@ -81,6 +83,10 @@ public:
 private:
     // Hands the gathered run to the tree as the stock parser's one call.
     void flushText();
+    // Tells the budget the names and URIs the element's nodes will pool.
+    void countNames(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl, unsigned int urlId,
+                    const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attrList,
+                    XMLSize_t attrCount);
     // Elements whose attributes lumxml adds itself (element_attributes.cpp):
     // wide ones, and with namespaces on those whose type has DTD defaults.
     bool buildsOwnAttributes(const XERCES_CPP_NAMESPACE::XMLElementDecl& elemDecl,

@@ -104,13 +104,14 @@ void ParseBudget::attributesDefined(uint64_t count) {
 }
 
 void ParseBudget::nameUsed(const XMLCh* name) {
-    if (name == nullptr) return;
+    // No namespace is no URI: nothing is pooled for it.
+    if (name == nullptr || *name == 0) return;
     // The scratch copy keeps its room: a name seen before costs no allocation.
     scratch_.assign(name);
     if (names_.count(scratch_) != 0) return;
     if (names_.size() >= kMaxDistinctNames)
         stop("the document uses more than '" + std::to_string(kMaxDistinctNames) +
-             "' distinct element and attribute names; this is the limit imposed by the "
+             "' distinct names and namespace URIs; this is the limit imposed by the "
              "application");
     names_.insert(scratch_);
 }

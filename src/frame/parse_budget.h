@@ -14,9 +14,11 @@
 //   number), and every attribute a DTD default adds to an element counts
 //   against the character limit with its name, its value and
 //   kDefaultedAttributeCharge characters for its node.
-// - A DOM may hold at most kMaxDistinctNames distinct element and attribute
-//   names: Xerces' DOM keeps every name in a pool of 257 chains, so each new
-//   name costs as much as the names before it.
+// - A DOM may hold at most kMaxDistinctNames distinct names and namespace
+//   URIs (of elements, attributes, declared entities and notations): Xerces'
+//   DOM keeps every one in a pool of 257 chains, so each new one costs as
+//   much as those before it, and adds each entity and notation to its
+//   document type's map by a linear search.
 // - Entity references may not nest deeper than kMaxEntityDepth: every
 //   level keeps a reader of about 16 KB open, and a DOM's entity-reference
 //   nodes cost more than the square of the depth (a chain of 10^4 entities,
@@ -112,7 +114,7 @@ public:
     void elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                         XMLSize_t count, bool counted = true);
     void attributesDefined(uint64_t count);
-    // A name a DOM node is given (DOM only).
+    // A name or namespace URI a DOM node is given (DOM only).
     void nameUsed(const XMLCh* name);
     void elementEnded() {
         if (depth_ != 0) --depth_;

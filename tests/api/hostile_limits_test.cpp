@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kParameterLimit = "parameter entity expansions";
 constexpr const char* kAmplificationLimit = "amplification limit";
 constexpr const char* kNestingLimit = "nesting limit";
-constexpr const char* kNameLimit = "distinct element and attribute names";
+constexpr const char* kNameLimit = "distinct names and namespace URIs";
 constexpr const char* kDeclarationLimit = "declares more than '256' attributes";
 
 // One element with `count` attributes of distinct names.

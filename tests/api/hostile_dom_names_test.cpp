@@ -1,0 +1,120 @@
+// The DOM's limit on distinct names under the hardened settings counts
+// everything Xerces' DOM pools or maps by name: element and attribute
+// names, namespace URIs, declared entities and notations. The pull reader
+// keeps no such pool and counts none of them.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "host_test.h"
+#include "lumxml.h"
+#include "memory_pull.h"
+
+using lumtest::ErrorSlot;
+
+namespace {
+
+constexpr const char* kNamesMessage =
+    "the document uses more than '20000' distinct names and namespace URIs; this is the limit "
+    "imposed by the application";
+
+int32_t loadCode(const std::string& text, const int32_t* limit, std::string* message = nullptr) {
+    void* document = nullptr;
+    ErrorSlot made;
+    lumInitDocument(&document, 1, made.buffer, &made.code);
+    ErrorSlot error;
+    char encoding[257] = {0};
+    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
+               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
+               &error.code);
+    if (message != nullptr) *message = error.text();
+    ErrorSlot gone;
+    lumDocDelete(document, gone.buffer, &gone.code);
+    return error.code;
+}
+
+bool pullsWithoutFatalError(const std::string& text, int32_t limit) {
+    SaxParserInstance instance;
+    lumtest::setUpMemoryPull(instance, text, 0, limit);
+    bool fatal = false;
+    lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
+        fatal = fatal || event.kind == LUM_SAX_EVENT_FATAL_ERROR;
+        return true;
+    });
+    lumSAXDeleteParserInstance(&instance);
+    return !fatal;
+}
+
+// `count` sibling elements <a>, each in a namespace of its own.
+std::string distinctUris(int count) {
+    std::string text = "<r>";
+    for (int i = 0; i < count; ++i) text += "<a xmlns=\"urn:" + std::to_string(i) + "\"/>";
+    return text + "</r>";
+}
+
+// `count` attributes in namespaces of their own, on one element.
+std::string distinctAttributeUris(int count) {
+    std::string text = "<r";
+    for (int i = 0; i < count; ++i) {
+        const std::string n = std::to_string(i);
+        text += " xmlns:p" + n + "=\"urn:" + n + "\" p" + n + ":a=\"v\"";
+    }
+    return text + "/>";
+}
+
+std::string declaredEntities(int count) {
+    std::string text = "<!DOCTYPE r [";
+    for (int i = 0; i < count; ++i) text += "<!ENTITY e" + std::to_string(i) + " \"x\">";
+    return text + "]><r/>";
+}
+
+std::string declaredNotations(int count) {
+    std::string text = "<!DOCTYPE r [";
+    for (int i = 0; i < count; ++i) text += "<!NOTATION n" + std::to_string(i) + " SYSTEM \"x\">";
+    return text + "]><r/>";
+}
+
+class HostileDomNames : public ::testing::Test {
+protected:
+    void SetUp() override { lumtest::initLibraryOnce(); }
+    const int32_t limit = 50000;
+
+    void expectLimited(const std::string& within, const std::string& over) {
+        EXPECT_EQ(loadCode(within, &limit), LUM_OK);
+        std::string message;
+        EXPECT_EQ(loadCode(over, &limit, &message), LUM_ERR_PARSE_FATAL);
+        EXPECT_NE(message.find(kNamesMessage), std::string::npos) << message;
+        EXPECT_TRUE(pullsWithoutFatalError(over, limit));
+        EXPECT_EQ(loadCode(over, nullptr), LUM_OK);
+    }
+};
+
+TEST_F(HostileDomNames, NamespaceUrisOfElementsCount) {
+    // The names r, a and xmlns and 19997 URIs make 20000.
+    expectLimited(distinctUris(19997), distinctUris(19998));
+}
+
+TEST_F(HostileDomNames, NamespaceUrisOfAttributesCount) {
+    // Per attribute pair: the xmlns:pN name, the pN:a name and the URI;
+    // plus r and the xmlns namespace itself.
+    expectLimited(distinctAttributeUris(6666), distinctAttributeUris(6667));
+}
+
+TEST_F(HostileDomNames, DeclaredEntitiesCount) {
+    // With the element's name r: 20000.
+    expectLimited(declaredEntities(19999), declaredEntities(20000));
+}
+
+TEST_F(HostileDomNames, DeclaredNotationsCount) {
+    expectLimited(declaredNotations(19999), declaredNotations(20000));
+}
+
+TEST_F(HostileDomNames, NoNamespaceIsNotAName) {
+    // Elements without a namespace add nothing for their URI.
+    std::string text = "<r>";
+    for (int i = 0; i < 19999; ++i) text += "<a" + std::to_string(i) + "/>";
+    text += "</r>";
+    EXPECT_EQ(loadCode(text, &limit), LUM_OK);
+}
+
+}  // namespace
