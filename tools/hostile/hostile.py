@@ -85,6 +85,19 @@ def parameter_chain(levels):
     return text + '%%p%d;]><r/>' % (levels - 1)
 
 
+def entity_declarations(count=100000):
+    return '<!DOCTYPE r [%s]><r/>' % ''.join('<!ENTITY e%d "x">' % i for i in range(count))
+
+
+def notation_declarations(count=100000):
+    return '<!DOCTYPE r [%s]><r/>' % ''.join(
+        '<!NOTATION n%d SYSTEM "x">' % i for i in range(count))
+
+
+def namespace_uris(count=100000):
+    return '<r>%s</r>' % ''.join('<a xmlns="urn:%d"/>' % i for i in range(count))
+
+
 def big_attribute(megabytes=100):
     return '<r a="' + 'x' * (megabytes * 1000000) + '"/>'
 
@@ -130,6 +143,9 @@ DOCUMENTS = [
     ('10^4-deep parameter entity chain', lambda: parameter_chain(10000), ('dom', 'sax'), True),
     ('2*10^5 attributes on one element', wide_attributes, ('dom', 'sax'), True),
     ('10^5 namespace declarations', namespace_declarations, ('dom', 'sax'), True),
+    ('10^5 entity declarations', entity_declarations, ('dom', 'sax'), True),
+    ('10^5 notation declarations', notation_declarations, ('dom', 'sax'), True),
+    ('10^5 distinct namespace URIs', namespace_uris, ('dom', 'sax'), True),
     ('10^5 ATTLIST default attributes', attlist_defaults, ('dom', 'sax'), True),
     ('10^5-deep namespaced nesting', lambda: deep_namespaced(100000), ('dom', 'sax', 'resave'), True),
     ('10^6-deep namespaced nesting', lambda: deep_namespaced(1000000), ('dom', 'sax'), False),
