@@ -19,6 +19,8 @@
 //   DOM keeps every one in a pool of 257 chains, so each new one costs as
 //   much as those before it, and adds each entity and notation to its
 //   document type's map by a linear search.
+//   A pull reader counts element names only: the scanner keeps a
+//   declaration for each one it meets.
 // - Entity references may not nest deeper than kMaxEntityDepth: every
 //   level keeps a reader of about 16 KB open, and a DOM's entity-reference
 //   nodes cost more than the square of the depth (a chain of 10^4 entities,
@@ -114,7 +116,8 @@ public:
     void elementStarted(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                         XMLSize_t count, bool counted = true);
     void attributesDefined(uint64_t count);
-    // A name or namespace URI a DOM node is given (DOM only).
+    // A name or namespace URI a DOM node is given, or an element name the
+    // scanner meets.
     void nameUsed(const XMLCh* name);
     void elementEnded() {
         if (depth_ != 0) --depth_;

@@ -74,7 +74,12 @@ void HardenedReader::startElement(const XMLElementDecl& elemDecl, const unsigned
                                   const RefVectorOf<XMLAttr>& attrList, const XMLSize_t attrCount,
                                   const bool isEmpty, const bool isRoot) {
     // An empty element gets no endElement call here.
-    if (budget_.armed()) budget_.elementStarted(attrList, attrCount, !isEmpty);
+    if (budget_.armed()) {
+        budget_.elementStarted(attrList, attrCount, !isEmpty);
+        // The scanner keeps a declaration of about 500 bytes for every
+        // element name it meets.
+        budget_.nameUsed(elemDecl.getFullName());
+    }
     SAX2XMLReaderImpl::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                     isRoot);
 }

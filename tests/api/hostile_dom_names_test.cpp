@@ -1,7 +1,7 @@
 // The DOM's limit on distinct names under the hardened settings counts
 // everything Xerces' DOM pools or maps by name: element and attribute
 // names, namespace URIs, declared entities and notations. The pull reader
-// keeps no such pool and counts none of them.
+// counts element names only, of which its scanner keeps declarations.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -107,6 +107,18 @@ TEST_F(HostileDomNames, DeclaredEntitiesCount) {
 
 TEST_F(HostileDomNames, DeclaredNotationsCount) {
     expectLimited(declaredNotations(19999), declaredNotations(20000));
+}
+
+TEST_F(HostileDomNames, PullReaderCountsElementNames) {
+    // With r: 20000 names; the 20001st ends the read.
+    auto siblings = [](int count) {
+        std::string text = "<r>";
+        for (int i = 0; i < count; ++i) text += "<a" + std::to_string(i) + "/>";
+        return text + "</r>";
+    };
+    EXPECT_TRUE(pullsWithoutFatalError(siblings(19999), limit));
+    EXPECT_FALSE(pullsWithoutFatalError(siblings(20000), limit));
+    EXPECT_TRUE(pullsWithoutFatalError(siblings(20000), -1));
 }
 
 TEST_F(HostileDomNames, NoNamespaceIsNotAName) {

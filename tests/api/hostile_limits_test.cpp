@@ -195,7 +195,8 @@ TEST_F(HostileLimits, DistinctNamesInADomAreLimited) {
     Loaded over = loadText(wideElement(20000), &limit);
     EXPECT_EQ(over.code, 10);
     EXPECT_TRUE(mentions(over.message, kNameLimit)) << over.message;
-    // Only the DOM keeps a pool of names; without a limit nothing is counted.
+    // The pull reader counts element names only; without a limit nothing is
+    // counted.
     EXPECT_TRUE(pullText(wideElement(20000), limit).fatalErrors.empty());
     EXPECT_EQ(loadText(wideElement(20000), nullptr).code, 0);
 }

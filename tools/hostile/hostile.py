@@ -94,6 +94,10 @@ def notation_declarations(count=100000):
         '<!NOTATION n%d SYSTEM "x">' % i for i in range(count))
 
 
+def element_names(count):
+    return '<r>%s</r>' % ''.join('<a%d/>' % i for i in range(count))
+
+
 def namespace_uris(count=100000):
     return '<r>%s</r>' % ''.join('<a xmlns="urn:%d"/>' % i for i in range(count))
 
@@ -146,6 +150,8 @@ DOCUMENTS = [
     ('10^5 entity declarations', entity_declarations, ('dom', 'sax'), True),
     ('10^5 notation declarations', notation_declarations, ('dom', 'sax'), True),
     ('10^5 distinct namespace URIs', namespace_uris, ('dom', 'sax'), True),
+    ('3*10^5 distinct element names', lambda: element_names(300000), ('dom', 'sax'), True),
+    ('10^6 distinct element names', lambda: element_names(1000000), ('dom', 'sax'), False),
     ('10^5 ATTLIST default attributes', attlist_defaults, ('dom', 'sax'), True),
     ('10^5-deep namespaced nesting', lambda: deep_namespaced(100000), ('dom', 'sax', 'resave'), True),
     ('10^6-deep namespaced nesting', lambda: deep_namespaced(1000000), ('dom', 'sax'), False),
