@@ -32,7 +32,7 @@ protected:
 TEST_F(HostMemoryFunctions, OpeningAllocates16384BytesAtLine84) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     ASSERT_EQ(HostMemory::calls().size(), 1u);
     const MemoryCall& call = HostMemory::calls()[0];
     EXPECT_EQ(call.kind, MemoryCall::Alloc);
@@ -46,9 +46,9 @@ TEST_F(HostMemoryFunctions, Writing16383BytesGrowsAtLine175And16382DoesNot) {
         HostMemory::reset();
         HostWriter w;
         w.options.fragment = 1;
-        ASSERT_EQ(w.openMemory(), 0);
+        ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
         std::string text(size, 'a');
-        ASSERT_EQ(w.run(30, text.c_str()), 0);
+        ASSERT_EQ(w.run(LUM_WRITER_RAW_TEXT, text.c_str()), LUM_WRITER_OK);
         EXPECT_EQ(*w.options.memoryLength, size);
         const auto& calls = HostMemory::calls();
         if (size == 16382u) {
@@ -67,29 +67,29 @@ TEST_F(HostMemoryFunctions, Writing16383BytesGrowsAtLine175And16382DoesNot) {
 TEST_F(HostMemoryFunctions, HostSeesTheLiveBlockAndLengthWhileWriting) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
     std::string chunk(5000, 'x');
     std::string expected = "<r>";
     for (int i = 0; i < 10; ++i) {
-        w.run(25, chunk.c_str());
+        w.run(LUM_WRITER_CHARACTERS, chunk.c_str());
         expected += chunk;
         EXPECT_EQ(w.memory(), expected);  // through the host's own variables
     }
-    w.run(24, "r");
-    ASSERT_EQ(w.run(22), 0);
+    w.run(LUM_WRITER_END_ELEMENT, "r");
+    ASSERT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), expected + "</r>");
 }
 
 TEST_F(HostMemoryFunctions, FailedGrowthGives80AndClosesTheOutput) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
     HostMemory::failNextReallocs(1);
     std::string text(20000, 'z');
-    EXPECT_EQ(w.run(25, text.c_str()), 80);
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.run(LUM_WRITER_CHARACTERS, text.c_str()), LUM_WRITER_ERR_MEMORY);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
     EXPECT_EQ(w.options.memoryBuffer, nullptr);
     EXPECT_EQ(w.options.memoryLength, nullptr);
     const auto& calls = HostMemory::calls();
@@ -105,10 +105,10 @@ TEST_F(HostMemoryFunctions, FailedGrowthGives80AndClosesTheOutput) {
 TEST_F(HostMemoryFunctions, ReservedFunctionIsNeverCalled) {
     // HostMemory::reserved aborts the process if called.
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    w.run(24, "r");
-    EXPECT_EQ(w.run(22), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_END_ELEMENT, "r");
+    EXPECT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
 }
 
 }  // namespace

@@ -293,7 +293,7 @@ TEST_P(ClearCallbackData, ReleasesTheSlotsOfItsKindAndZeroesTheEvent) {
         EXPECT_EQ(readAt<void*>(event, lumtest::evt::kArg1 + 8 * static_cast<size_t>(i)), nullptr);
         if (i >= GetParam().releasedSlots) releaseLibraryString(slots[i]);
     }
-    EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kKind), 0u);
+    EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kKind), uint32_t{LUM_SAX_EVENT_EMPTY});
     EXPECT_EQ(stringAt(event, lumtest::evt::kName), nullptr);
     EXPECT_EQ(readAt<void*>(event, lumtest::evt::kNext), nullptr);
     EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kArgCount), 4u);
@@ -323,7 +323,7 @@ TEST_F(SaxResolver, ClearingTextEventsLeavesTheirLengthUnreleased) {
 
 TEST_F(SaxResolver, ClearingStartElementReleasesItsAttributeList) {
     unsigned char event[lumtest::evt::kSize] = {};
-    writeAt<uint32_t>(event, lumtest::evt::kKind, 5);
+    writeAt<uint32_t>(event, lumtest::evt::kKind, LUM_SAX_EVENT_START_ELEMENT);
     writeAt<char*>(event, lumtest::evt::kArg1, libraryString("urn:x"));
     writeAt<char*>(event, lumtest::evt::kArg2, libraryString("r"));
     writeAt<char*>(event, lumtest::evt::kArg3, libraryString("x:r"));
