@@ -66,7 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::memset(&instance, 0, sizeof instance);
     // Bit 2 always: default entity resolution must not reach past the input.
     instance.flags = (options & 3u) | 4u;
-    instance.entityExpansionLimit = (limitChoice & 0x80) != 0 ? (limitChoice & 0x7f) * 8 : -1;
+    instance.entityExpansionLimit = (limitChoice & 0x80) != 0 ? (limitChoice & 0x7f) * 8
+                                                          : LUM_SAX_NO_ENTITY_LIMIT;
     instance.inputKind = (options & 0x40) != 0 ? 5 : 1;
     instance.memoryBuffer = in.rest();
     instance.memoryLength = static_cast<uint32_t>(in.restSize());

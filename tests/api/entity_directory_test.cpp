@@ -49,7 +49,7 @@ std::string loadThrough(const std::string& directory, const std::string& text) {
 // Reads `text` with the pull reader and answers every character event's text.
 std::string pullThrough(const std::string& directory, const std::string& text) {
     SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, kNoDefaultResolution, -1);
+    lumtest::setUpMemoryPull(instance, text, kNoDefaultResolution, LUM_SAX_NO_ENTITY_LIMIT);
     instance.searchPath = directory.c_str();
     std::string characters;
     lumtest::pullToEnd(instance, [&](const SaxEvent& event) {

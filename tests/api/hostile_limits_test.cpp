@@ -128,7 +128,8 @@ TEST_F(HostileLimits, ParameterExpansionsUpToTheLimitLoad) {
 
 TEST_F(HostileLimits, ParameterExpansionsAreNotCountedWithoutALimit) {
     EXPECT_EQ(loadText(lumtest::parameterEntityBomb(3, "<!--l-->"), nullptr).code, LUM_OK);
-    EXPECT_TRUE(pullText(lumtest::parameterEntityBomb(3, "<!--l-->"), -1).fatalErrors.empty());
+    EXPECT_TRUE(pullText(lumtest::parameterEntityBomb(3, "<!--l-->"), LUM_SAX_NO_ENTITY_LIMIT)
+                    .fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, QuadraticBlowupEndsAtTheAmplificationLimit) {
@@ -165,7 +166,7 @@ TEST_F(HostileLimits, ExpansionsBelowTheThresholdLoad) {
 TEST_F(HostileLimits, AmplificationIsNotLimitedWithoutALimit) {
     const std::string text = lumtest::quadraticBlowup(10000, 1000);
     EXPECT_EQ(loadText(text, nullptr).code, LUM_OK);
-    EXPECT_TRUE(pullText(text, -1).fatalErrors.empty());
+    EXPECT_TRUE(pullText(text, LUM_SAX_NO_ENTITY_LIMIT).fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, NamespacedNestingIsLimitedToTenThousandLevels) {
@@ -184,10 +185,11 @@ TEST_F(HostileLimits, NamespacedNestingIsLimitedToTenThousandLevels) {
 
 TEST_F(HostileLimits, NestingIsNotLimitedWithNamespacesOffOrWithoutALimit) {
     const std::string deep = lumtest::nestedElements(20000);
-    EXPECT_EQ(loadText(deep, &limit, 2).code, LUM_OK);  // load flag 2: namespaces off
-    EXPECT_TRUE(pullText(deep, limit, 1).fatalErrors.empty());  // reader bit 0
+    EXPECT_EQ(loadText(deep, &limit, LUM_LOAD_NO_NAMESPACES).code, LUM_OK);
+    EXPECT_TRUE(pullText(deep, limit, LUM_SAX_NO_NAMESPACES).fatalErrors.empty());
     EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(20000), nullptr).code, LUM_OK);
-    EXPECT_TRUE(pullText(lumtest::nestedNamespacedElements(20000), -1).fatalErrors.empty());
+    EXPECT_TRUE(pullText(lumtest::nestedNamespacedElements(20000), LUM_SAX_NO_ENTITY_LIMIT)
+                    .fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, DistinctNamesInADomAreLimited) {

@@ -25,7 +25,8 @@ struct Pull {
 };
 
 // Runs a memory document to its end as a host does.
-Pull pull(const std::string& text, uint32_t flags = 0, int32_t limit = -1,
+Pull pull(const std::string& text, uint32_t flags = 0,
+          int32_t limit = LUM_SAX_NO_ENTITY_LIMIT,
           size_t maxEvents = 5000000) {
     SaxParserInstance instance;
     lumtest::setUpMemoryPull(instance, text, flags, limit);
@@ -64,7 +65,7 @@ TEST_F(HostileSax, HundredThousandLevelsWithoutNamespacesReadToTheEnd) {
     std::string text;
     for (int i = 0; i < 100000; ++i) text += "<e>";
     for (int i = 0; i < 100000; ++i) text += "</e>";
-    Pull p = pull(text, 1);
+    Pull p = pull(text, LUM_SAX_NO_NAMESPACES);
     EXPECT_EQ(count(p, "StartElement"), 100000u);
     EXPECT_EQ(count(p, "EndElement"), 100000u);
     EXPECT_EQ(p.names.back(), "EndDocument");
@@ -75,7 +76,7 @@ TEST_F(HostileSax, MillionLevelsWithoutNamespacesReadToTheEnd) {
     std::string text;
     for (int i = 0; i < 1000000; ++i) text += "<e>";
     for (int i = 0; i < 1000000; ++i) text += "</e>";
-    Pull p = pull(text, 1);
+    Pull p = pull(text, LUM_SAX_NO_NAMESPACES);
     EXPECT_EQ(count(p, "StartElement"), 1000000u);
     EXPECT_EQ(p.names.back(), "EndDocument");
 }
@@ -89,7 +90,7 @@ TEST_F(HostileSax, TwoHundredThousandAttributesArriveInOneList) {
     instance.inputKind = LUM_SAX_INPUT_MEMORY;
     instance.memoryBuffer = text.data();
     instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = -1;
+    instance.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
     int32_t more = lumSAXParseFirst(&instance);
     bool seen = false;
     while (more == LUM_SAX_MORE) {
@@ -171,7 +172,7 @@ TEST_F(HostileSax, NoDefaultResolutionReadsNoFile) {
         instance.inputKind = LUM_SAX_INPUT_MEMORY;
         instance.memoryBuffer = text.data();
         instance.memoryLength = static_cast<uint32_t>(text.size());
-        instance.entityExpansionLimit = -1;
+        instance.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
         for (int32_t more = lumSAXParseFirst(&instance); more == LUM_SAX_MORE;
              more = lumSAXParseNext(&instance)) {
             const SaxEvent* event = instance.eventHead;
