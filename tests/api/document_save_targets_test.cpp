@@ -314,10 +314,10 @@ TEST_F(DocumentSaveHostMemory, BlockComesFromTheHostAndIsTrimmedToLengthPlusOne)
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[0].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[0].size, 16384u);
-    EXPECT_EQ(calls[0].line, 84);
+    EXPECT_EQ(calls[0].line, LUM_MEMIO_LINE_NEW_BLOCK);
     EXPECT_EQ(calls[1].kind, MemoryCall::Realloc);
     EXPECT_EQ(calls[1].size, answer.length + 1);
-    EXPECT_EQ(calls[1].line, 231);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_TRIM);
 }
 
 TEST_F(DocumentSaveHostMemory, LargeDocumentGrowsTheHostBlock) {
@@ -335,7 +335,7 @@ TEST_F(DocumentSaveHostMemory, LargeDocumentGrowsTheHostBlock) {
     expected += "</r>";
     EXPECT_EQ(answer.bytes, expected);
     int growths = 0;
-    for (const MemoryCall& call : HostMemory::calls()) growths += call.line == 175;
+    for (const MemoryCall& call : HostMemory::calls()) growths += call.line == LUM_MEMIO_LINE_GROW;
     EXPECT_GE(growths, 2);
 }
 
@@ -350,10 +350,10 @@ TEST_F(DocumentSaveHostMemory, FailedGrowthGivesCode80AndHandsNothingOver) {
     EXPECT_FALSE(answer.handedOver);
     const auto& calls = HostMemory::calls();
     ASSERT_EQ(calls.size(), 3u);
-    EXPECT_EQ(calls[1].line, 175);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_GROW);
     EXPECT_EQ(calls[2].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[2].size, 16384u);
-    EXPECT_EQ(calls[2].line, 202);
+    EXPECT_EQ(calls[2].line, LUM_MEMIO_LINE_REPLACEMENT);
     // The host's allocator still holds the old and the fresh block.
     HostMemory::freeKeptBlocks();
     HostMemory::freeLiveBlocks();
