@@ -191,18 +191,19 @@ constexpr const char* kNamespace = "XML Parser not initialized";
 
 INSTANTIATE_TEST_SUITE_P(
     Names, NewDocumentTypeNames,
-    ::testing::Values(TypeNameCase{"urn:x", "p:r", 0, ""}, TypeNameCase{nullptr, "r", 0, ""},
+    ::testing::Values(TypeNameCase{"urn:x", "p:r", LUM_OK, ""},
+                      TypeNameCase{nullptr, "r", LUM_OK, ""},
                       // No name at all is refused like the empty one.
-                      TypeNameCase{nullptr, nullptr, 6, kInvalid},
-                      TypeNameCase{nullptr, "", 6, kInvalid},
-                      TypeNameCase{"urn:x", "1r", 6, kInvalid},
-                      TypeNameCase{"urn:x", "a:", 6, kNamespace},
-                      TypeNameCase{"urn:x", ":a", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:b:c", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:1b", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:-b", 6, kNamespace},
-                      TypeNameCase{nullptr, "p:r", 6, kNamespace},
-                      TypeNameCase{"urn:x", "xml:r", 6, kNamespace},
-                      TypeNameCase{"urn:x", "xmlns", 0, ""}));
+                      TypeNameCase{nullptr, nullptr, LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{nullptr, "", LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{"urn:x", "1r", LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{"urn:x", "a:", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", ":a", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:b:c", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:1b", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:-b", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{nullptr, "p:r", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "xml:r", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "xmlns", LUM_OK, ""}));
 
 }  // namespace

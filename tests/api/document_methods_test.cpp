@@ -663,9 +663,9 @@ protected:
 TEST_F(NewDocumentWithType, DocumentTypeIdsAreReadBack) {
     makeDocument("pub", "sys");
     char out[16] = "junk";
-    EXPECT_EQ(id(32, 16, out).code, LUM_OK);
+    EXPECT_EQ(id(LUM_DOC_DOCTYPE_PUBLIC_ID, 16, out).code, LUM_OK);
     EXPECT_STREQ(out, "pub");
-    EXPECT_EQ(id(33, 16, out).code, LUM_OK);
+    EXPECT_EQ(id(LUM_DOC_DOCTYPE_SYSTEM_ID, 16, out).code, LUM_OK);
     EXPECT_STREQ(out, "sys");
     EXPECT_EQ(nameOf(documentElementOf(document.cell)), "top");
 }
@@ -674,22 +674,22 @@ TEST_F(NewDocumentWithType, DocumentTypeIdsAreReadBack) {
 TEST_F(NewDocumentWithType, DocumentTypeIdAsLongAsTheLimitIsTooLong) {
     makeDocument("pub", "sys");
     char out[16] = "junk";
-    Answer answer = id(32, 3, out);
+    Answer answer = id(LUM_DOC_DOCTYPE_PUBLIC_ID, 3, out);
     EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_STREQ(out, "");
-    EXPECT_EQ(id(33, 4, out).code, LUM_OK);
+    EXPECT_EQ(id(LUM_DOC_DOCTYPE_SYSTEM_ID, 4, out).code, LUM_OK);
     EXPECT_STREQ(out, "sys");
 }
 
 TEST_F(NewDocumentWithType, MissingIdWithLimitZeroIsTooLong) {
     makeDocument(nullptr, nullptr);
     char out[4] = "xy";
-    Answer answer = id(32, 0, out);
+    Answer answer = id(LUM_DOC_DOCTYPE_PUBLIC_ID, 0, out);
     EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_STREQ(out, "");
-    EXPECT_EQ(id(33, 1, out).code, LUM_OK);
+    EXPECT_EQ(id(LUM_DOC_DOCTYPE_SYSTEM_ID, 1, out).code, LUM_OK);
     EXPECT_STREQ(out, "");
 }
 

@@ -179,13 +179,13 @@ TEST_F(NodeMethodsOnMixedContent, ElementOnlyMethodsRefuseOtherTypesWithoutTouch
         EXPECT_EQ(answer.message, "Invalid node type") << method;
         EXPECT_STREQ(out, "keep") << method;
     };
-    expectRefused(14, {const_cast<char*>(a), const_cast<char*>(v)});
-    expectRefused(15, {const_cast<char*>(a)});
-    expectRefused(16, {root});
-    expectRefused(23, {});
-    expectRefused(34, {root});
-    expectRefused(35, {const_cast<char*>(a)});
-    expectRefused(39, {nullptr, const_cast<char*>(a), &limit});
+    expectRefused(LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(a), const_cast<char*>(v)});
+    expectRefused(LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>(a)});
+    expectRefused(LUM_NODE_REMOVE_ATTRIBUTE_NODE, {root});
+    expectRefused(LUM_NODE_NORMALIZE, {});
+    expectRefused(LUM_NODE_SET_ATTRIBUTE_NODE, {root});
+    expectRefused(LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>(a)});
+    expectRefused(LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(a), &limit});
     EXPECT_EQ(valueOf(text), "text");
 }
 

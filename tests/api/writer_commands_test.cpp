@@ -166,7 +166,7 @@ TEST_F(WriterCommands, Command3InState7Returns7AndCommand23WritesNothing) {
 
 TEST_F(WriterCommands, Command10AfterAnEndTagIsRefusedAndWritesNothing) {
     HostWriter w;
-    bringTo(w, 4);
+    bringTo(w, LUM_WRITER_STATE_AFTER_END_TAG);
     std::string before = w.memory();
     EXPECT_EQ(before, "<r><a></a>");
     EXPECT_EQ(w.run(LUM_WRITER_ADD_ATTRIBUTE, "b", "1"), LUM_WRITER_REFUSED);
@@ -178,7 +178,7 @@ TEST_F(WriterCommands, Command10AfterAnEndTagIsRefusedAndWritesNothing) {
 
 TEST_F(WriterCommands, Command2FreesAWriterInState7) {
     HostWriter w;
-    bringTo(w, 7);
+    bringTo(w, LUM_WRITER_STATE_FAILED);
     EXPECT_EQ(w.run(LUM_WRITER_FREE), LUM_WRITER_OK);
     EXPECT_EQ(w.writer, nullptr);
 }
