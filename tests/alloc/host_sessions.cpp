@@ -151,8 +151,9 @@ void domSession(const SessionFiles& files, SessionTrace& trace) {
 
     char encoding[257] = "";
     const int32_t limit = 50000;
-    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, kRichDocument, sizeof kRichDocument - 1,
-               files.documentFile.c_str(), &limit, 0, nullptr, slot.clear().buffer, &slot.code);
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, kRichDocument,
+               sizeof kRichDocument - 1, files.documentFile.c_str(), &limit, 0, nullptr,
+               slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
     trace.mixText(encoding);
 

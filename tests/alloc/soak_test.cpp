@@ -123,7 +123,8 @@ void documentLoads() {
     const char* schemaPair[3] = {nullptr, "urn:x missing.xsd", "missing.xsd"};
     load(&cell, 0, LUM_LOAD_FROM_FILE, files->good.c_str(), "");
     load(&cell, 0, LUM_LOAD_FROM_FILE, files->broken.c_str(), "");  // fatal error, code 10
-    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_FILE, files->invalid.c_str(), "");  // validity error, code 9
+    // validity error, code 9
+    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_FILE, files->invalid.c_str(), "");
     load(&cell, 0, LUM_LOAD_FROM_FILE, files->withDtd.c_str(), "");  // external DTD
     load(&cell, 0, LUM_LOAD_FROM_FILE, (files->dir.path() + "/missing.xml").c_str(), "");  // code 3
     load(&cell, 0, LUM_LOAD_FROM_FILE, nullptr, "");  // null name
@@ -133,7 +134,8 @@ void documentLoads() {
     load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<r><unclosed></r>");
     load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<q:r/>");  // unbound prefix
     load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "");  // empty memory
-    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, files->viaDirectory, nullptr, nullptr, directories);
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, files->viaDirectory, nullptr, nullptr,
+         directories);
     load(&cell, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, nullptr,
          files->viaDirectory, nullptr, nullptr, directories);
     load(&cell, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, nullptr,
@@ -143,7 +145,8 @@ void documentLoads() {
          &limit);  // limit reached
     load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<!DOCTYPE r [<!ENTITY a 'x'>]><r>&a;</r>",
          nullptr, &noEntities);
-    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_MEMORY, nullptr, "<r/>", nullptr, nullptr, schemaPair);
+    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_MEMORY, nullptr, "<r/>", nullptr, nullptr,
+         schemaPair);
     load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<r/>", files->withDtd.c_str());
     load(nullptr, 0, LUM_LOAD_FROM_FILE, files->withDtd.c_str(), "");  // no cell
     deleteDocument(cell);
@@ -174,8 +177,8 @@ void saves(void* cell, void* element) {
     }
     const lum_wchar_t wide[] = {'/', 'n', 'o', '/', 's', 'u', 'c', 'h', 0};
     slot.clear();
-    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, wide, &block, &length, 0, nullptr, slot.buffer,
-                &slot.code);
+    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, wide, &block, &length, 0, nullptr,
+                slot.buffer, &slot.code);
     note(slot.code);
 }
 
@@ -192,9 +195,12 @@ void documentMethods() {
         doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("1bad"), &type);  // bad name
         doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>(""), &type);
         int32_t nsType = type;
-        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("p:n"), &nsType);
-        doc(cell, LUM_DOC_CREATE_NODE_NS, nullptr, const_cast<char*>("p:n"), &nsType);  // namespace error
-        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("xml:n"), &nsType);
+        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("p:n"),
+            &nsType);
+        // a namespace error
+        doc(cell, LUM_DOC_CREATE_NODE_NS, nullptr, const_cast<char*>("p:n"), &nsType);
+        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("xml:n"),
+            &nsType);
     }
     int32_t index = 0, bad = 50, limit = 3, big = 1000, deep = 1;
     doc(cell, LUM_NODE_REMOVE);
@@ -221,7 +227,8 @@ void documentMethods() {
     // Children of the document: append, replace and remove an element.
     int32_t elementType = LUM_NODE_ELEMENT;
     void* extra = nullptr;
-    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("extra"), &elementType, nullptr, nullptr, &extra);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("extra"), &elementType, nullptr, nullptr,
+        &extra);
     doc(cell, LUM_DOC_INSERT_BEFORE, extra, nullptr);  // a second document element: DOM error
     doc(cell, LUM_DOC_REMOVE_CHILD, extra);          // not a child: DOM error
     doc(cell, LUM_DOC_REPLACE_CHILD, extra, root);
@@ -241,9 +248,11 @@ void nodeMethods() {
     void* child = nullptr;
     node(root, LUM_NODE_CHILD_AT, &one, nullptr, nullptr, &child);
     void* made = nullptr;
-    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("made"), &elementType, nullptr, nullptr, &made);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("made"), &elementType, nullptr, nullptr,
+        &made);
     void* attribute = nullptr;
-    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("at"), &attrType, nullptr, nullptr, &attribute);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("at"), &attrType, nullptr, nullptr,
+        &attribute);
     for (int32_t method = 0; method <= 41; ++method) {
         switch (method) {
             case LUM_NODE_INSERT_BEFORE:
@@ -335,7 +344,8 @@ void nodeMethods() {
     node(root, LUM_NODE_CHILD_AT, &one, nullptr, nullptr, &victim);
     node(victim, LUM_NODE_REMOVE);
     void* loose = nullptr;
-    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("loose"), &elementType, nullptr, nullptr, &loose);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("loose"), &elementType, nullptr, nullptr,
+        &loose);
     node(loose, LUM_NODE_REMOVE);
     lumNodeDelete();
     char name[64];
@@ -366,8 +376,8 @@ int32_t supplySource() {
 }
 
 void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t flags = 0,
-          int32_t limit = LUM_SAX_NO_ENTITY_LIMIT, const char* searchPath = nullptr, ResolveEntityFn callback = nullptr,
-          int stopAfter = 100000) {
+          int32_t limit = LUM_SAX_NO_ENTITY_LIMIT, const char* searchPath = nullptr,
+          ResolveEntityFn callback = nullptr,          int stopAfter = 100000) {
     SaxParserInstance record;
     std::memset(&record, 0, sizeof record);
     record.inputKind = kind;
@@ -380,7 +390,8 @@ void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t fla
     record.resolveEntityCallback = callback;
     driving = &record;
     int steps = 0;
-    for (int32_t more = lumSAXParseFirst(&record); more == LUM_SAX_MORE && steps < stopAfter; ++steps) {
+    for (int32_t more = lumSAXParseFirst(&record); more == LUM_SAX_MORE && steps < stopAfter;
+         ++steps) {
         note(record.errorCode);
         // Cleared by the host as well: only an event alone in the queue, as
         // clearing one zeroes its link to the events queued behind it.
@@ -397,10 +408,12 @@ void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t fla
 void pullReads() {
     const std::string rich(lumtest::kRichDocument);
     const std::string bomb = "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;&a;'>]><r>&b;&b;</r>";
-    pull(LUM_SAX_INPUT_MEMORY, nullptr, "<r a='1' xmlns:p='urn:p'><p:c>t</p:c><!--c--><?pi d?></r>");
+    pull(LUM_SAX_INPUT_MEMORY, nullptr,
+         "<r a='1' xmlns:p='urn:p'><p:c>t</p:c><!--c--><?pi d?></r>");
     pull(LUM_SAX_INPUT_BUFFER, nullptr, "<r><c></r>");  // fatal error events
     pull(LUM_SAX_INPUT_MEMORY, nullptr, rich, LUM_SAX_NO_NAMESPACES);  // namespaces off
-    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", LUM_SAX_VALIDATE);  // external DTD, validating
+    // external DTD, validating
+    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", LUM_SAX_VALIDATE);
     pull(LUM_SAX_INPUT_FILE, files->invalid.c_str(), "", LUM_SAX_VALIDATE);  // validity errors
     pull(LUM_SAX_INPUT_FILE, (files->dir.path() + "/missing.xml").c_str(), "");  // cannot open
     pull(LUM_SAX_INPUT_FILE, nullptr, "");  // no file
@@ -416,8 +429,8 @@ void pullReads() {
     callbackSource.clear();
     pull(LUM_SAX_INPUT_MEMORY, nullptr, files->viaDirectory, 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr,
          supplySource);
-    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr, nullptr,
-         2);  // abandoned half-way
+    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr,
+         nullptr, 2);  // abandoned half-way
     for (const std::string& file : {files->withDtd, files->invalid, files->broken}) {
         for (uint32_t flags : {0u, 2u}) {
             SaxParserInstance record;
@@ -621,9 +634,12 @@ TEST(Soak, NewDocumentWithTypeLeavesTheHeapFlat) {
         doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, const_cast<char*>("urn:r"), const_cast<char*>("p:r"),
             const_cast<char*>("pub"), const_cast<char*>("sys"), &made);
         if (made != nullptr) cell = made;
-        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("p:r"), nullptr, nullptr, &made);  // namespace error
+        // a namespace error
+        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("p:r"), nullptr, nullptr,
+            &made);
         if (made != nullptr) cell = made;
-        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("1bad"), nullptr, nullptr, &made);
+        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("1bad"), nullptr, nullptr,
+            &made);
         if (made != nullptr) cell = made;
         deleteDocument(cell);
     };

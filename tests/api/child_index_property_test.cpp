@@ -74,7 +74,8 @@ TEST(ChildIndexes, ShallowCloneOfAFirstChildAppendedIsReadAtItsIndexAndPosition)
 TEST(ChildIndexes, CloneOfAnAttributesTextAmongManyChildrenKeepsPositions) {
     LibraryStarted started;
     HostDocument document;
-    ASSERT_EQ(document.loadMemory("<r a='v'><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/></r>").code, LUM_OK);
+    ASSERT_EQ(document.loadMemory("<r a='v'><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/></r>").code,
+              LUM_OK);
     void* r = documentElementOf(document.cell);
     void* attribute = nullptr;
     nodeCall(r, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("a")}, &attribute);
@@ -349,8 +350,10 @@ private:
         case 9: {  // attributes and their texts change
             DOMNode* parent = randomElementParent(main_.cell);
             if (parent == nullptr) return;
-            nodeCall(parent, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("a"), const_cast<char*>("z")}, nullptr);
-            if (pick(2)) nodeCall(parent, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("b")}, nullptr);
+            nodeCall(parent, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("a"),
+                                                      const_cast<char*>("z")}, nullptr);
+            if (pick(2)) nodeCall(parent, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("b")},
+                                  nullptr);
             return;
         }
         case 10:  // the other document is deleted and loaded again
@@ -365,9 +368,11 @@ private:
         void* child = reinterpret_cast<void*>(1);
         int32_t at = index;
         ErrorSlot error;
-        lumNodeExecute(parent, LUM_NODE_CHILD_AT, std::vector<void*>{&at}.data(), &child, error.buffer, &error.code);
+        lumNodeExecute(parent, LUM_NODE_CHILD_AT, std::vector<void*>{&at}.data(), &child,
+                       error.buffer, &error.code);
         DOMNode* expected = index < 0 ? nullptr : parent->getChildNodes()->item(static_cast<XMLSize_t>(index));
-        if (child != static_cast<void*>(expected) || error.code != (expected == nullptr ? LUM_ERR_CHILD_INDEX : LUM_OK)) {
+        const int32_t expectedCode = expected == nullptr ? LUM_ERR_CHILD_INDEX : LUM_OK;
+        if (child != static_cast<void*>(expected) || error.code != expectedCode) {
             char text[160];
             std::snprintf(text, sizeof text, "child %d of a parent with %d children: %p, expected %p (code %d)",
                           index, static_cast<int>(parent->getChildNodes()->getLength()), child,

@@ -136,8 +136,8 @@ TEST_F(ChildWalks, RandomChangesInterleavedWithIndexedReadsAlwaysMatch) {
             int32_t deep = random() % 2;
             void* copy = nullptr;
             nodeCall(other, LUM_NODE_CLONE, {&deep}, &copy);
-            nodeCall(root, LUM_NODE_INSERT_BEFORE, {copy, length > 0 ? childOf(root, pick(length)) : nullptr},
-                     nullptr);
+            nodeCall(root, LUM_NODE_INSERT_BEFORE,
+                     {copy, length > 0 ? childOf(root, pick(length)) : nullptr}, nullptr);
             break;
         }
         case 6:  // reads on the other parent in between

@@ -30,8 +30,8 @@ std::string loadAndSave(const std::string& text) {
         void* memory = nullptr;
         uint32_t length = 0;
         ErrorSlot saved;
-        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr,
-                   saved.buffer, &saved.code);
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+                   nullptr, saved.buffer, &saved.code);
         out = memory != nullptr ? std::string(static_cast<const char*>(memory), length)
                                 : "SAVE ERROR " + saved.text();
         std::free(memory);

@@ -242,8 +242,8 @@ TEST_F(Schemas, EmptyLocationStringsCountAsNotGiven) {
     const char* locations[3] = {"", "", ""};
     ErrorSlot error;
     char encoding[300];
-    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a/>", 4, nullptr, nullptr, 0, locations,
-               error.buffer, &error.code);
+    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a/>", 4, nullptr,
+               nullptr, 0, locations, error.buffer, &error.code);
     EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(nameOf(documentElement(document.cell)), "a");
 }

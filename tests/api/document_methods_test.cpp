@@ -149,13 +149,16 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(CreatedType{LUM_NODE_ELEMENT, "el", "el", "ELEMENT"},
                       CreatedType{LUM_NODE_ATTRIBUTE, "at", "at", "ATTRIBUTE"},
                       CreatedType{LUM_NODE_TEXT, "ignored", "#text", "TEXT"},
-                      CreatedType{LUM_NODE_CDATA_SECTION, "ignored", "#cdata-section", "CDATA-SECTION"},
+                      CreatedType{LUM_NODE_CDATA_SECTION, "ignored", "#cdata-section",
+                                  "CDATA-SECTION"},
                       CreatedType{LUM_NODE_ENTITY_REFERENCE, "ent", "ent", "ENTITY-REFERENCE"},
                       CreatedType{LUM_NODE_ENTITY, "ent", "ent", "ENTITY"},
-                      CreatedType{LUM_NODE_PROCESSING_INSTRUCTION, "target", "target", "PROCESSING-INSTRUCTION"},
+                      CreatedType{LUM_NODE_PROCESSING_INSTRUCTION, "target", "target",
+                                  "PROCESSING-INSTRUCTION"},
                       CreatedType{LUM_NODE_COMMENT, "ignored", "#comment", "COMMENT"},
                       CreatedType{LUM_NODE_DOCUMENT_TYPE, "doc", "doc", "DOCUMENT-TYPE"},
-                      CreatedType{LUM_NODE_DOCUMENT_FRAGMENT, "ignored", "#document-fragment", "DOCUMENT-FRAGMENT"},
+                      CreatedType{LUM_NODE_DOCUMENT_FRAGMENT, "ignored", "#document-fragment",
+                                  "DOCUMENT-FRAGMENT"},
                       CreatedType{LUM_NODE_NOTATION, "nota", "nota", "NOTATION"}),
     [](const ::testing::TestParamInfo<CreatedType>& info) {
         return "Type" + std::to_string(info.param.type);
@@ -192,16 +195,19 @@ TEST_F(DocumentMethods, Method1ElementWithEmptyOrNullNameIsAnInvalidCharacter) {
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "An invalid character was specified");
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {nullptr, &type}, &node).code, LUM_ERR_DOM);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {nullptr, &type}, &node).code,
+              LUM_ERR_DOM);
     type = LUM_NODE_ATTRIBUTE;
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {nullptr, &type}, &node).code, LUM_ERR_DOM);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {nullptr, &type}, &node).code,
+              LUM_ERR_DOM);
 }
 
 TEST_F(DocumentMethodsOnMixedContent, CreateAttributeWithEmptyNameIsAnInvalidCharacter) {
     const char* name = "";
     int32_t type = kAttribute;
     void* cell = marker();
-    Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE, {const_cast<char*>(name), &type}, &cell);
+    Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE, {const_cast<char*>(name), &type},
+                            &cell);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "An invalid character was specified");
     EXPECT_EQ(cell, marker());
@@ -231,7 +237,8 @@ TEST_F(DocumentMethods, Method1WritesNothingWhenTheHostCodeWasNotCleared) {
 TEST_F(DocumentMethods, Method1EntityReferenceWithABadNameIsADomError) {
     void* node = reinterpret_cast<void*>(1);
     int32_t type = LUM_NODE_ENTITY_REFERENCE;
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {text("1 bad"), &type}, &node).code, LUM_ERR_DOM);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE, {text("1 bad"), &type}, &node).code,
+              LUM_ERR_DOM);
 }
 
 // ---- 4, 8, forwarded node methods ----------------------------------------------
@@ -331,10 +338,12 @@ TEST_F(DocumentMethodsOnMixedContent, ForwardedMethodsAnswerForTheDocumentNode) 
 
 TEST_F(DocumentMethods, ForwardedTreeMethodsChangeTheDocument) {
     void* element = createNode(document.cell, "made", LUM_NODE_ELEMENT);
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_INSERT_BEFORE, {element, nullptr}, nullptr).code, LUM_OK);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_INSERT_BEFORE, {element, nullptr}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(documentElementOf(document.cell), element);
     void* other = createNode(document.cell, "other", LUM_NODE_ELEMENT);
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_REPLACE_CHILD, {other, element}, nullptr).code, LUM_OK);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_REPLACE_CHILD, {other, element}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(documentElementOf(document.cell), other);
     EXPECT_EQ(docCall(document.cell, LUM_DOC_REMOVE_CHILD, {other}, nullptr).code, LUM_OK);
     EXPECT_EQ(documentElementOf(document.cell), nullptr);
@@ -383,7 +392,8 @@ TEST_F(DocumentMethodsOnMixedContent, ForwardedValueMethodsOnTheDocumentNode) {
     int32_t limit = 8;
     EXPECT_EQ(docCall(document.cell, LUM_DOC_VALUE, {&limit}, out).code, LUM_OK);
     EXPECT_STREQ(out, "");
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_SET_VALUE, {const_cast<char*>("v")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_SET_VALUE, {const_cast<char*>("v")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(docCall(document.cell, LUM_DOC_VALUE, {&limit}, out).code, LUM_OK);
     EXPECT_STREQ(out, "");
 }
@@ -426,7 +436,8 @@ TEST_F(DocumentMethods, Method22OfADocumentIsUnexpected) {
     HostDocument other;
     void* copy = reinterpret_cast<void*>(1);
     int32_t deep = 1;
-    Answer answer = docCall(document.cell, LUM_DOC_IMPORT_NODE, {documentNode(other.cell), &deep}, &copy);
+    Answer answer = docCall(document.cell, LUM_DOC_IMPORT_NODE, {documentNode(other.cell), &deep},
+                            &copy);
     EXPECT_EQ(answer.code, LUM_ERR_UNEXPECTED);
     EXPECT_EQ(answer.message, "Unexpected exception");
 }
@@ -436,7 +447,8 @@ TEST_F(DocumentMethods, Method22OfADocumentIsUnexpected) {
 TEST_F(DocumentMethods, Method30CreatesNamespacedElementsAndAttributes) {
     void* element = nullptr;
     int32_t type = LUM_NODE_ELEMENT;
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:el"), &type}, &element).code, LUM_OK);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:el"), &type},
+                      &element).code, LUM_OK);
     char part[32];
     int32_t limit = 32;
     nodeCall(element, LUM_NODE_NAMESPACE_URI, {&limit}, part);
@@ -445,7 +457,8 @@ TEST_F(DocumentMethods, Method30CreatesNamespacedElementsAndAttributes) {
     EXPECT_STREQ(part, "el");
     void* attribute = nullptr;
     type = LUM_NODE_ATTRIBUTE;
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:at"), &type}, &attribute).code,
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:at"), &type},
+                      &attribute).code,
               LUM_OK);
     EXPECT_EQ(typeOf(attribute), LUM_NODE_ATTRIBUTE);
 }
@@ -453,7 +466,8 @@ TEST_F(DocumentMethods, Method30CreatesNamespacedElementsAndAttributes) {
 TEST_F(DocumentMethods, Method30TypeMinus1WritesNothing) {
     void* node = reinterpret_cast<void*>(1);
     int32_t type = LUM_NODE_NONE;
-    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:el"), &type}, &node).code, LUM_OK);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {text("urn:a"), text("p:el"), &type},
+                      &node).code, LUM_OK);
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
 }
 
@@ -473,7 +487,8 @@ TEST_F(DocumentMethodsOnMixedContent, CreateNodeWithNamespaceRefusesOtherTypes) 
 TEST_F(DocumentMethods, Method30NamespaceErrorReachesTheHostAsNotInitializedWithCode6) {
     void* node = reinterpret_cast<void*>(1);
     int32_t type = LUM_NODE_ELEMENT;
-    Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {nullptr, text("p:el"), &type}, &node);
+    Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {nullptr, text("p:el"), &type},
+                            &node);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
     EXPECT_EQ(node, reinterpret_cast<void*>(1));
@@ -563,13 +578,15 @@ TEST_F(DocumentMethods, Method31ReplacesTheDocumentAndMovesTheRecord) {
 
 TEST_F(DocumentMethods, Method31FailureWritesNullAndKeepsTheDocument) {
     void* made = reinterpret_cast<void*>(1);
-    Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE, {nullptr, text("n:root"), nullptr, nullptr}, &made);
+    Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE,
+                            {nullptr, text("n:root"), nullptr, nullptr}, &made);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(made, nullptr);
     int64_t handle = 0;
     EXPECT_EQ(docCall(document.cell, LUM_DOC_OWNER_HANDLE, {}, &handle).code, LUM_OK);
     EXPECT_EQ(handle, 1001);
-    answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE, {nullptr, text("1bad"), nullptr, nullptr}, &made);
+    answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE,
+                     {nullptr, text("1bad"), nullptr, nullptr}, &made);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "An invalid character was specified");
 }
@@ -577,8 +594,8 @@ TEST_F(DocumentMethods, Method31FailureWritesNullAndKeepsTheDocument) {
 TEST_F(DocumentMethodsOnMixedContent, NewDocumentWithBadNameLeavesTheOldDocument) {
     const char* qname = "1bad";
     void* made = marker();
-    Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE, {nullptr, const_cast<char*>(qname), nullptr, nullptr},
-                            &made);
+    Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE,
+                            {nullptr, const_cast<char*>(qname), nullptr, nullptr}, &made);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "An invalid character was specified");
     EXPECT_EQ(made, nullptr);

@@ -58,8 +58,10 @@ TEST(DocumentSaveEscapes, EscapeListsPerFlagInEveryEncoding) {
     HostDocument document;
     ASSERT_EQ(document.loadMemory("<r>x</r>").code, LUM_OK);
     void* root = documentElementOf(document.cell);
-    ASSERT_EQ(nodeCall(childOf(root, 0), LUM_NODE_SET_VALUE, {const_cast<char*>(kValue)}, nullptr).code, LUM_OK);
-    ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("v"), const_cast<char*>(kValue)}, nullptr).code,
+    ASSERT_EQ(nodeCall(childOf(root, 0), LUM_NODE_SET_VALUE, {const_cast<char*>(kValue)},
+                       nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("v"),
+                                                      const_cast<char*>(kValue)}, nullptr).code,
               LUM_OK);
 
     const std::string stdText = "a\r\t\nb&amp;&lt;&gt;&quot;&apos;";

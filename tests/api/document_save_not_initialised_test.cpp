@@ -49,15 +49,16 @@ TEST(DocumentSaveNotInitialised, WideFileIsCreatedBeforeTheAnswer) {
     wide.back() = u'\u00e9';
     ErrorSlot error;
     void* cell = nullptr;
-    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, lumtest::wideUnits(wide), nullptr, nullptr, 0, nullptr,
-                error.buffer, &error.code);
+    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, lumtest::wideUnits(wide), nullptr,
+                nullptr, 0, nullptr, error.buffer, &error.code);
     EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(wide)));
 }
 
 TEST(DocumentSaveNotInitialised, MemoryAndUnknownKindsAnswerNotInitializedFirst) {
-    for (int32_t target : {LUM_SAVE_TO_MEMORY, LUM_SAVE_TO_STREAM, LUM_SAVE_NODE_TO_MEMORY, 3, 99}) {
+    for (int32_t target : {LUM_SAVE_TO_MEMORY, LUM_SAVE_TO_STREAM, LUM_SAVE_NODE_TO_MEMORY, 3,
+                           99}) {
         SaveArgs args;
         args.target = target;
         SaveAnswer answer = save(nullptr, args);

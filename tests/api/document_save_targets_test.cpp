@@ -454,8 +454,10 @@ TEST_F(DocumentSave, OutputBeforeANamespaceErrorStaysInStreamAndFile) {
     ASSERT_EQ(document.loadMemory("<r><p:c xmlns:p='urn:one'/></r>").code, LUM_OK);
     void* c = childOf(documentElementOf(document.cell), 0);
     void* attr = nullptr;
-    ASSERT_EQ(nodeCall(c, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("xmlns:p")}, &attr).code, LUM_OK);
-    ASSERT_EQ(nodeCall(attr, LUM_NODE_SET_VALUE, {const_cast<char*>("urn:two")}, nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(c, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("xmlns:p")}, &attr).code,
+              LUM_OK);
+    ASSERT_EQ(nodeCall(attr, LUM_NODE_SET_VALUE, {const_cast<char*>("urn:two")}, nullptr).code,
+              LUM_OK);
     const std::string written = kDecl + "<r><p:c";
 
     gStreamCalls.clear();

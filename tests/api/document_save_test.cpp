@@ -174,7 +174,8 @@ TEST_F(DocumentSave, ProcessingInstructionDataFollowsOneBlank) {
     ASSERT_EQ(nodeCall(pi, LUM_NODE_SET_VALUE, {const_cast<char*>("d e")}, nullptr).code, LUM_OK);
     appendChild(r, pi);
     void* comment = createNode(document.cell, "", LUM_NODE_COMMENT);
-    ASSERT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>(" c&<")}, nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>(" c&<")}, nullptr).code,
+              LUM_OK);
     appendChild(r, comment);
     EXPECT_EQ(saved(), kDecl + "<r><?t d e?><!-- c&<--></r>");
 }
@@ -183,7 +184,8 @@ TEST_F(DocumentSave, AttributesAreWrittenInMapOrder) {
     void* r = createNode(document.cell, "r", kElement);
     appendToDocument(r);
     for (const char* name : {"zeta", "alpha", "mid"})
-        ASSERT_EQ(nodeCall(r, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(name), const_cast<char*>(name)}, nullptr).code,
+        ASSERT_EQ(nodeCall(r, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(name),
+                                                       const_cast<char*>(name)}, nullptr).code,
                   LUM_OK);
     std::string names = attributeNames(r);
     std::string expected = "<r";

@@ -29,8 +29,8 @@ TEST_F(Latin1Host, FileNameWithAccentReachesTheFileSystem) {
     HostDocument document;
     ErrorSlot error;
     char encoding[300];
-    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_FILE, encoding, hostName.c_str(), nullptr, 0, nullptr, nullptr, 0,
-               nullptr, error.buffer, &error.code);
+    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_FILE, encoding, hostName.c_str(), nullptr, 0,
+               nullptr, nullptr, 0, nullptr, error.buffer, &error.code);
     EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(nameOf(documentElement(document.cell)), "caf\xC3\xA9");
 }

@@ -66,7 +66,8 @@ TEST(DocumentsAfterALateStart, StartWithAPresetCodeLeavesCodeAndBufferButStartsT
     ASSERT_NE(cell, nullptr);
     void* element = nullptr;
     int32_t type = LUM_NODE_ELEMENT;
-    ASSERT_EQ(docCall(cell, LUM_DOC_CREATE_NODE, {const_cast<char*>("e"), &type}, &element).code, LUM_OK);
+    ASSERT_EQ(docCall(cell, LUM_DOC_CREATE_NODE, {const_cast<char*>("e"), &type}, &element).code,
+              LUM_OK);
     ASSERT_EQ(docCall(cell, LUM_DOC_INSERT_BEFORE, {element, nullptr}, nullptr).code, LUM_OK);
     int64_t handle = 0;
     EXPECT_EQ(nodeCall(element, LUM_NODE_OWNER_HANDLE, {}, &handle).code, LUM_OK);
@@ -82,8 +83,9 @@ TEST(DocumentsAfterALateStart, StartWithAPresetCodeLeavesCodeAndBufferButStartsT
 
     char encoding[257] = {0};
     const std::string bytes = "<b/>";
-    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, bytes.data(), static_cast<uint32_t>(bytes.size()),
-               nullptr, nullptr, 0, nullptr, error.buffer, &error.code);
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, bytes.data(),
+               static_cast<uint32_t>(bytes.size()), nullptr, nullptr, 0, nullptr, error.buffer,
+               &error.code);
     ASSERT_EQ(error.code, LUM_OK) << error.text();
     void* root = nullptr;
     ASSERT_EQ(docCall(cell, LUM_DOC_DOCUMENT_ELEMENT, {}, &root).code, LUM_OK);

@@ -485,8 +485,8 @@ TEST_F(Documents, DeleteOfALoadedDocumentWritesNoError) {
     ErrorSlot error;
     lumInitDocument(&cell, 5, error.buffer, &error.code);
     char encoding[300];
-    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a><b/></a>", 11, nullptr, nullptr, 0, nullptr,
-               error.buffer, &error.code);
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a><b/></a>", 11, nullptr,
+               nullptr, 0, nullptr, error.buffer, &error.code);
     ASSERT_EQ(error.code, LUM_OK);
     lumDocDelete(cell, error.buffer, &error.code);
     EXPECT_EQ(error.code, LUM_OK);

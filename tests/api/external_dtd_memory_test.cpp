@@ -52,8 +52,8 @@ TEST_F(ExternalDtdMemory, DocumentLoadsWithoutACellLeaveNothingBehind) {
     for (int i = 0; i < kRounds; ++i) {
         char buffer[257] = "";
         int32_t code = 0;
-        lumDocLoad(nullptr, 0, LUM_LOAD_FROM_FILE, nullptr, file.c_str(), nullptr, 0, nullptr, nullptr, 0, nullptr,
-                   buffer, &code);
+        lumDocLoad(nullptr, 0, LUM_LOAD_FROM_FILE, nullptr, file.c_str(), nullptr, 0, nullptr,
+                   nullptr, 0, nullptr, buffer, &code);
         ASSERT_EQ(code, LUM_OK) << buffer;
     }
 }

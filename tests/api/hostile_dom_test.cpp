@@ -93,8 +93,8 @@ protected:
         ErrorSlot e;
         void* memory = nullptr;
         uint32_t length = 0;
-        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr,
-                   e.buffer, &e.code);
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+                   nullptr, e.buffer, &e.code);
         EXPECT_EQ(e.code, LUM_OK) << e.text();
         std::string out(static_cast<const char*>(memory), length);
         std::free(memory);
@@ -224,7 +224,9 @@ TEST_F(HostileDom, MalformedEncodingsAreFatalErrorsNotCrashes) {
     };
     for (const std::string& input : inputs) {
         load(input);
-        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE || error.code == LUM_ERR_PARSE_FATAL) << error.code;
+        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE ||
+                    error.code == LUM_ERR_PARSE_FATAL)
+            << error.code;
         expectTerminatedWithinBudget(error);
     }
 }
@@ -236,7 +238,8 @@ TEST_F(HostileDom, EveryPrefixOfARichDocumentLoadsOrFailsCleanly) {
         "<p:c>t &e; &amp; caf\xC3\xA9</p:c><!--c--><?pi d?><![CDATA[<c>]]><e/></r>";
     for (size_t length = 0; length <= rich.size(); ++length) {
         load(rich.substr(0, length));
-        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE || error.code == LUM_ERR_PARSE_FATAL)
+        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE ||
+                    error.code == LUM_ERR_PARSE_FATAL)
             << length << ": " << error.code << " " << error.text();
         if (root() != nullptr) textOf(root());
     }

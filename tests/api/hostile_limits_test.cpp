@@ -70,7 +70,8 @@ Pulled pullText(const std::string& text, int32_t limit, uint32_t flags = 0) {
     Pulled out;
     out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         ++out.events;
-        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR) out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
+        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
+            out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
         return true;
     });
     out.errorCode = instance.errorCode;

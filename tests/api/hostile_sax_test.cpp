@@ -34,7 +34,8 @@ Pull pull(const std::string& text, uint32_t flags = 0,
     out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         if (out.names.size() >= maxEvents) return false;
         out.names.push_back(event.name != nullptr ? event.name : "");
-        if (event.kind == LUM_SAX_EVENT_CHARACTERS) out.characters += reinterpret_cast<uintptr_t>(event.arg2) & 0xffffffffu;
+        if (event.kind == LUM_SAX_EVENT_CHARACTERS)
+            out.characters += reinterpret_cast<uintptr_t>(event.arg2) & 0xffffffffu;
         return true;
     });
     out.errorCode = instance.errorCode;
@@ -176,7 +177,8 @@ TEST_F(HostileSax, NoDefaultResolutionReadsNoFile) {
         for (int32_t more = lumSAXParseFirst(&instance); more == LUM_SAX_MORE;
              more = lumSAXParseNext(&instance)) {
             const SaxEvent* event = instance.eventHead;
-            if (event != nullptr && event->kind == LUM_SAX_EVENT_CHARACTERS && event->arg1 != nullptr) {
+            if (event != nullptr && event->kind == LUM_SAX_EVENT_CHARACTERS &&
+                event->arg1 != nullptr) {
                 EXPECT_EQ(std::string(static_cast<const char*>(event->arg1)).find("SECRET"),
                           std::string::npos);
             }

@@ -17,7 +17,8 @@ TEST(InitParser, CodePageInOtherCaseIsFound) {
 
 TEST(InitParser, UnknownCodePageAnswersZeroWithoutError) {
     ErrorSlot error;
-    EXPECT_EQ(lumInitParser("no-such-code-page", error.buffer, &error.code), LUM_INIT_CODE_PAGE_NOT_FOUND);
+    EXPECT_EQ(lumInitParser("no-such-code-page", error.buffer, &error.code),
+              LUM_INIT_CODE_PAGE_NOT_FOUND);
     EXPECT_EQ(error.code, LUM_OK);
     EXPECT_EQ(error.text(), "");
 }
@@ -25,7 +26,8 @@ TEST(InitParser, UnknownCodePageAnswersZeroWithoutError) {
 TEST(InitParser, CanonicalConverterNameCountsAsAlias) {
     ErrorSlot error;
     // ICU lists each converter's canonical name among its aliases.
-    EXPECT_EQ(lumInitParser("ibm-5348_P100-1997", error.buffer, &error.code), LUM_INIT_CODE_PAGE_FOUND);
+    EXPECT_EQ(lumInitParser("ibm-5348_P100-1997", error.buffer, &error.code),
+              LUM_INIT_CODE_PAGE_FOUND);
     EXPECT_EQ(lumInitParser("windows-1252", error.buffer, &error.code), LUM_INIT_CODE_PAGE_FOUND);
     EXPECT_EQ(lumInitParser("ISO-8859-1", error.buffer, &error.code), LUM_INIT_CODE_PAGE_FOUND);
     EXPECT_EQ(error.code, LUM_OK);

@@ -43,7 +43,8 @@ TEST_F(Latin1Methods, NameArrivesInTheHostCodePage) {
 TEST_F(Latin1Methods, AttributeLookupTakesAHostName) {
     char value[16];
     int32_t limit = 4;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("n\xE9"), &limit}, value).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("n\xE9"), &limit},
+                       value).code, LUM_OK);
     EXPECT_STREQ(value, "\xE9t\xE9");
 }
 
@@ -59,7 +60,8 @@ TEST_F(Latin1Methods, UnrepresentableCharacterIsSubstituted) {
 
 TEST_F(Latin1Methods, ValueSetFromHostBytesIsStoredAsUnicode) {
     void* text = childOf(root, 0);
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("gar\xE7on")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("gar\xE7on")}, nullptr).code,
+              LUM_OK);
     char* whole = nullptr;
     int32_t length = 0;
     EXPECT_EQ(nodeCall(text, LUM_NODE_WHOLE_VALUE, {&whole, &length}, nullptr).code, LUM_OK);

@@ -50,7 +50,8 @@ TEST_F(NodeMethods, Method12NegativeLimitIsRefused) {
 TEST_F(NodeMethods, Method12WithoutAttributeMapLeavesTheResult) {
     char names[64] = "untouched";
     int32_t limit = 10;
-    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_NAMES, {&limit}, names).code, LUM_OK);
+    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_NAMES, {&limit}, names).code,
+              LUM_OK);
     EXPECT_STREQ(names, "untouched");
     EXPECT_EQ(nodeCall(child(1), LUM_NODE_ATTRIBUTE_NAMES, {&limit}, names).code, LUM_OK);
     EXPECT_STREQ(names, "");
@@ -79,16 +80,20 @@ TEST_F(NodeMethodsOnMixedContent, AttributeNamesOfAnElementWithoutAttributesIsEm
 TEST_F(NodeMethods, Method13FindsTheValueByName) {
     char value[64] = "x";
     int32_t limit = 3;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("bb"), &limit}, value).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("bb"), &limit},
+                       value).code, LUM_OK);
     EXPECT_STREQ(value, "22");
 }
 
 TEST_F(NodeMethods, Method13NoMatchOrNoMapLeavesTheResult) {
     char value[64] = "untouched";
     int32_t limit = 10;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("zz"), &limit}, value).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("zz"), &limit},
+                       value).code, LUM_OK);
     EXPECT_STREQ(value, "untouched");
-    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("a"), &limit}, value).code,
+    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_VALUE,
+                       {const_cast<char*>("a"), &limit}, value)
+                  .code,
               LUM_OK);
     EXPECT_STREQ(value, "untouched");
 }
@@ -97,7 +102,8 @@ TEST_F(NodeMethodsOnMixedContent, AttributeValueOfAMissingNameLeavesTheResult) {
     const char* name = "zz";
     int32_t limit = 16;
     char out[16] = "keep";
-    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit}, out);
+    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit},
+                             out);
     EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_STREQ(out, "keep");
 }
@@ -106,7 +112,8 @@ TEST_F(NodeMethods, Method13MatchesQualifiedNames) {
     void* item = child(6);
     char value[64] = "";
     int32_t limit = 64;
-    EXPECT_EQ(nodeCall(item, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("ns:attr"), &limit}, value).code, LUM_OK);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("ns:attr"), &limit},
+                       value).code, LUM_OK);
     EXPECT_STREQ(value, "nsvalue");
 }
 
@@ -114,12 +121,14 @@ TEST_F(NodeMethodsOnMixedContent, AttributeValueTooLongLeavesTheEmptyString) {
     const char* name = "bb";
     int32_t limit = 2;
     char out[16] = "keep";
-    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit}, out);
+    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit},
+                             out);
     EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_STREQ(out, "");
     limit = 3;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit}, out).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit},
+                       out).code, LUM_OK);
     EXPECT_STREQ(out, "22");
 }
 
@@ -127,7 +136,8 @@ TEST_F(NodeMethods, Method39ReadsANamespacedAttribute) {
     char value[64] = "x";
     int32_t limit = 64;
     Answer answer = nodeCall(
-        child(6), LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:ns"), const_cast<char*>("attr"), &limit}, value);
+        child(6), LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:ns"), const_cast<char*>("attr"),
+                                          &limit}, value);
     EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_STREQ(value, "nsvalue");
 }
@@ -136,7 +146,8 @@ TEST_F(NodeMethods, Method39EmptyValueReturnsAtOnceEvenWithLimitZero) {
     char value[64] = "x";
     int32_t limit = 0;
     Answer answer = nodeCall(
-        child(6), LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:ns"), const_cast<char*>("missing"), &limit}, value);
+        child(6), LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:ns"),
+                                          const_cast<char*>("missing"), &limit}, value);
     EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_STREQ(value, "");
     EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_NS,
@@ -149,7 +160,8 @@ TEST_F(NodeMethodsOnMixedContent, NamespacedAttributeEmptyValueReturnsBeforeTheL
     const char* local = "missing";
     int32_t limit = 0;
     char out[8] = "keep";
-    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local), &limit}, out);
+    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local),
+                                                           &limit}, out);
     EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_STREQ(out, "");
 }
@@ -158,12 +170,14 @@ TEST_F(NodeMethodsOnMixedContent, NamespacedAttributeValueAtTheLimitIsTooLong) {
     const char* local = "bb";
     int32_t limit = 2;
     char out[8] = "keep";
-    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local), &limit}, out);
+    Answer answer = nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local),
+                                                           &limit}, out);
     EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_STREQ(out, "");
     limit = 3;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local), &limit}, out).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NS, {nullptr, const_cast<char*>(local), &limit},
+                       out).code, LUM_OK);
     EXPECT_STREQ(out, "22");
 }
 
@@ -192,7 +206,8 @@ TEST_F(NodeMethodsOnMixedContent, ElementOnlyMethodsRefuseOtherTypesWithoutTouch
 // ---- 14, 15, 16: set and remove ------------------------------------------------
 
 TEST_F(NodeMethods, Method14SetsAnAttributeOnElementsOnly) {
-    EXPECT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("c"), const_cast<char*>("new")}, nullptr).code,
+    EXPECT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("c"),
+                                                      const_cast<char*>("new")}, nullptr).code,
               LUM_OK);
     char value[16];
     int32_t limit = 16;
@@ -206,44 +221,53 @@ TEST_F(NodeMethods, Method14SetsAnAttributeOnElementsOnly) {
 
 TEST_F(NodeMethods, Method14WithAnInvalidNameIsADomError) {
     Answer answer =
-        nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("1bad"), const_cast<char*>("v")}, nullptr);
+        nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("1bad"), const_cast<char*>("v")},
+                 nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "An invalid character was specified");
 }
 
 TEST_F(NodeMethods, Method15RemovesAnAttributeByName) {
-    EXPECT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")}, nullptr).code,
+              LUM_OK);
     char names[64];
     int32_t limit = 64;
     nodeCall(root, LUM_NODE_ATTRIBUTE_NAMES, {&limit}, names);
     EXPECT_STREQ(names, "bb");
-    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")}, nullptr).code, LUM_ERR_NODE_TYPE);
+    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")},
+                       nullptr).code, LUM_ERR_NODE_TYPE);
 }
 
 TEST_F(NodeMethodsOnMixedContent, SetAndRemoveAttributeByName) {
     const char* name = "c";
     const char* value = "3";
-    ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(name), const_cast<char*>(value)}, nullptr).code,
+    ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(name),
+                                                      const_cast<char*>(value)}, nullptr).code,
               LUM_OK);
     char out[32] = "";
     int32_t limit = sizeof out;
     nodeCall(root, LUM_NODE_ATTRIBUTE_NAMES, {&limit}, out);
     EXPECT_STREQ(out, "a,bb,c");
-    ASSERT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")}, nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("a")}, nullptr).code,
+              LUM_OK);
     nodeCall(root, LUM_NODE_ATTRIBUTE_NAMES, {&limit}, out);
     EXPECT_STREQ(out, "bb,c");
 }
 
 TEST_F(NodeMethods, Method16OfANonAttributeIsNotFound) {
-    EXPECT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE_NODE, {child(0)}, nullptr).code, LUM_ERR_DOM);
-    EXPECT_EQ(nodeCall(child(0), LUM_NODE_REMOVE_ATTRIBUTE_NODE, {nullptr}, nullptr).code, LUM_ERR_DOM);
-    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_REMOVE_ATTRIBUTE_NODE, {nullptr}, nullptr).code, LUM_ERR_NODE_TYPE);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_REMOVE_ATTRIBUTE_NODE, {child(0)}, nullptr).code,
+              LUM_ERR_DOM);
+    EXPECT_EQ(nodeCall(child(0), LUM_NODE_REMOVE_ATTRIBUTE_NODE, {nullptr}, nullptr).code,
+              LUM_ERR_DOM);
+    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_REMOVE_ATTRIBUTE_NODE, {nullptr},
+                       nullptr).code, LUM_ERR_NODE_TYPE);
 }
 
 TEST_F(NodeMethodsOnMixedContent, RemovingAnAttributeOfAnotherElementIsNotFound) {
     void* x = childOf(root, 0);
     void* attr = nullptr;
-    ASSERT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("a")}, &attr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("a")}, &attr).code,
+              LUM_OK);
     Answer answer = nodeCall(x, LUM_NODE_REMOVE_ATTRIBUTE_NODE, {attr}, nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message,
@@ -254,7 +278,8 @@ TEST_F(NodeMethodsOnMixedContent, RemovingAnAttributeOfAnotherElementIsNotFound)
 
 TEST_F(NodeMethods, Method35FindsTheAttributeNodeAndMethod16RemovesIt) {
     void* attribute = nullptr;
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &attribute).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &attribute).code,
+              LUM_OK);
     ASSERT_NE(attribute, nullptr);
     EXPECT_EQ(typeOf(attribute), LUM_NODE_ATTRIBUTE);
     EXPECT_EQ(valueOf(attribute), "22");
@@ -262,17 +287,20 @@ TEST_F(NodeMethods, Method35FindsTheAttributeNodeAndMethod16RemovesIt) {
     // Not released: the host still holds a working node.
     EXPECT_EQ(nameOf(attribute), "bb");
     void* again = reinterpret_cast<void*>(1);
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &again).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &again).code,
+              LUM_OK);
     EXPECT_EQ(again, reinterpret_cast<void*>(1));
     // Put back with method 34.
     EXPECT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE_NODE, {attribute}, nullptr).code, LUM_OK);
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &again).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("bb")}, &again).code,
+              LUM_OK);
     EXPECT_EQ(again, attribute);
 }
 
 TEST_F(NodeMethods, Method35OnANonElementIsRefused) {
     void* attribute = reinterpret_cast<void*>(1);
-    Answer answer = nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("a")}, &attribute);
+    Answer answer = nodeCall(childOf(child(0), 0), LUM_NODE_ATTRIBUTE_NODE,
+                             {const_cast<char*>("a")}, &attribute);
     EXPECT_EQ(answer.code, LUM_ERR_NODE_TYPE);
     EXPECT_EQ(attribute, reinterpret_cast<void*>(1));
 }
@@ -280,7 +308,8 @@ TEST_F(NodeMethods, Method35OnANonElementIsRefused) {
 TEST_F(NodeMethodsOnMixedContent, AttributeNodeByNameMissingLeavesTheResult) {
     const char* name = "nope";
     void* cell = marker();
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>(name)}, &cell).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>(name)}, &cell).code,
+              LUM_OK);
     EXPECT_EQ(cell, marker());
     const char* bb = "bb";
     EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>(bb)}, &cell).code, LUM_OK);
@@ -297,7 +326,8 @@ TEST_F(NodeMethods, Method34SetsAnAttributeNodeReplacingTheOld) {
     EXPECT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE_NODE, {made}, nullptr).code, LUM_OK);
     nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("a"), &limit}, value);
     EXPECT_STREQ(value, "replaced");
-    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_SET_ATTRIBUTE_NODE, {made}, nullptr).code, LUM_ERR_NODE_TYPE);
+    EXPECT_EQ(nodeCall(childOf(child(0), 0), LUM_NODE_SET_ATTRIBUTE_NODE, {made}, nullptr).code,
+              LUM_ERR_NODE_TYPE);
 }
 
 TEST_F(NodeMethodsOnMixedContent, SetAttributeNodeReplacesTheSameName) {
@@ -306,7 +336,8 @@ TEST_F(NodeMethodsOnMixedContent, SetAttributeNodeReplacesTheSameName) {
     ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE_NODE, {attr}, nullptr).code, LUM_OK);
     char out[16] = "";
     int32_t limit = sizeof out;
-    ASSERT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("a"), &limit}, out).code, LUM_OK);
+    ASSERT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("a"), &limit}, out).code,
+              LUM_OK);
     EXPECT_STREQ(out, "new");
 }
 

@@ -149,7 +149,8 @@ TEST_F(NodeMethods, InsertingIntoATextNodeIsAHierarchyError) {
     HostDocument document;
     document.loadMemory("<a>text<b/></a>");
     void* root = documentElementOf(document.cell);
-    Answer answer = nodeCall(childOf(root, 0), LUM_NODE_INSERT_BEFORE, {childOf(root, 1), nullptr}, nullptr);
+    Answer answer = nodeCall(childOf(root, 0), LUM_NODE_INSERT_BEFORE, {childOf(root, 1), nullptr},
+                             nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "A node was inserted where it doesn't belong");
 }
@@ -164,7 +165,8 @@ TEST_F(NodeMethods, Method11WithTheNodeItselfIsAHierarchyError) {
 TEST_F(NodeMethods, Method2OfANodeFromAnotherDocumentIsAWrongDocumentError) {
     HostDocument other;
     other.loadMemory("<other/>");
-    Answer answer = nodeCall(root, LUM_NODE_INSERT_BEFORE, {documentElementOf(other.cell), nullptr}, nullptr);
+    Answer answer = nodeCall(root, LUM_NODE_INSERT_BEFORE, {documentElementOf(other.cell),
+                                                            nullptr}, nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message,
               "A node was used in a different document than the one the created it");
@@ -393,12 +395,14 @@ TEST_F(NodeMethods, Method23NormalizesAdjacentTextOnElementsOnly) {
     EXPECT_EQ(nodeCall(second, LUM_NODE_NORMALIZE, {}, nullptr).code, LUM_OK);
     EXPECT_EQ(childCountOf(second), 1);
     EXPECT_EQ(valueOf(childOf(second, 0)), "leftright");
-    EXPECT_EQ(nodeCall(childOf(second, 0), LUM_NODE_NORMALIZE, {}, nullptr).code, LUM_ERR_NODE_TYPE);
+    EXPECT_EQ(nodeCall(childOf(second, 0), LUM_NODE_NORMALIZE, {}, nullptr).code,
+              LUM_ERR_NODE_TYPE);
 }
 
 TEST_F(NodeMethodsOnMixedContent, NormalizeJoinsAdjacentText) {
     void* extra = createNode(document.cell, "", kText);
-    ASSERT_EQ(nodeCall(extra, LUM_NODE_SET_VALUE, {const_cast<char*>("more")}, nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(extra, LUM_NODE_SET_VALUE, {const_cast<char*>("more")}, nullptr).code,
+              LUM_OK);
     void* y = childOf(root, 2);
     ASSERT_EQ(nodeCall(root, LUM_NODE_INSERT_BEFORE, {extra, y}, nullptr).code, LUM_OK);
     ASSERT_EQ(childCountOf(root), 5);

@@ -76,10 +76,12 @@ TEST_F(NodeMethodsOnMixedContent, NodeValueWithNegativeLimitArrivesWhole) {
 
 TEST_F(NodeMethods, Method20SetsTextValues) {
     void* text = childOf(child(0), 0);
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("changed")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("changed")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(text), "changed");
     void* comment = child(4);
-    EXPECT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>("a ]]> b")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>("a ]]> b")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(comment), "a ]]> b");
 }
 
@@ -96,7 +98,8 @@ TEST_F(NodeMethods, Method20OnACdataSectionRefusesTheEndSequenceAndKeepsTheOldVa
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "old data");
-    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE, {const_cast<char*>("x]]y")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE, {const_cast<char*>("x]]y")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(cdata), "x]]y");
 }
 
@@ -137,7 +140,8 @@ TEST_F(NodeMethods, Methods26To28ReadNamespaceParts) {
 
 TEST_F(NodeMethods, Method29SetsThePrefix) {
     void* item = child(6);
-    EXPECT_EQ(nodeCall(item, LUM_NODE_SET_PREFIX, {const_cast<char*>("other")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_SET_PREFIX, {const_cast<char*>("other")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(nameOf(item), "other:item");
     Answer answer = nodeCall(root, LUM_NODE_SET_PREFIX, {const_cast<char*>("p")}, nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
@@ -158,11 +162,13 @@ TEST_F(NodeMethodsOnMixedContent, SetPrefixOnANamespacedElementRenamesIt) {
     const char* qname = "e";
     int32_t type = kElement;
     void* element = nullptr;
-    ASSERT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {const_cast<char*>(uri), const_cast<char*>(qname), &type},
+    ASSERT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
+                      {const_cast<char*>(uri), const_cast<char*>(qname), &type},
                       &element)
                   .code,
               LUM_OK);
-    EXPECT_EQ(nodeCall(element, LUM_NODE_SET_PREFIX, {const_cast<char*>("q")}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(element, LUM_NODE_SET_PREFIX, {const_cast<char*>("q")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(nameOf(element), "q:e");
 }
 
@@ -171,7 +177,8 @@ TEST_F(NodeMethodsOnMixedContent, SetPrefixOnANamespacedElementRenamesIt) {
 TEST_F(NodeMethods, Method36HandsTheWholeValueAndMethod38ReleasesIt) {
     char* text = nullptr;
     int32_t length = -1;
-    EXPECT_EQ(nodeCall(childOf(child(2), 0), LUM_NODE_WHOLE_VALUE, {&text, &length}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(childOf(child(2), 0), LUM_NODE_WHOLE_VALUE, {&text, &length}, nullptr).code,
+              LUM_OK);
     ASSERT_NE(text, nullptr);
     EXPECT_STREQ(text, "three");
     EXPECT_EQ(length, 5);
@@ -216,7 +223,8 @@ TEST_F(NodeMethodsOnMixedContent, WholeValueCountsBytesNotUnits) {
 TEST_F(NodeMethods, Method37WithAbcAndCount2SetsAb) {
     void* text = childOf(child(0), 0);
     int32_t count = 2;
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "ab");
 }
 
@@ -224,7 +232,8 @@ TEST_F(NodeMethods, Method37WithANulInsideTheCountEndsThere) {
     void* text = childOf(child(0), 0);
     const char bytes[] = {'a', '\0', 'c'};
     int32_t count = 3;
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "a");
 }
 
@@ -232,18 +241,21 @@ TEST_F(NodeMethods, Method37WithoutNulUsesExactlyTheCount) {
     void* text = childOf(child(0), 0);
     const char bytes[] = {'x', 'y', 'z'};
     int32_t count = 3;
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "xyz");
 }
 
 TEST_F(NodeMethods, Method37WithZeroOrNegativeCountSetsTheEmptyValue) {
     void* text = childOf(child(0), 0);
     int32_t count = 0;
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "");
     nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("again")}, nullptr);
     count = -5;
-    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "");
 }
 
@@ -251,8 +263,10 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueWithZeroOrNegativeCountIsEmpty) {
     void* text = childOf(root, 1);
     const char* bytes = "abc";
     for (int32_t count : {0, -5}) {
-        ASSERT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("old")}, nullptr).code, LUM_OK);
-        Answer answer = nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr);
+        ASSERT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("old")}, nullptr).code,
+                  LUM_OK);
+        Answer answer =
+            nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr);
         EXPECT_EQ(answer.code, LUM_OK) << count;
         EXPECT_EQ(valueOf(text), "") << count;
     }
@@ -261,7 +275,8 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueWithZeroOrNegativeCountIsEmpty) {
 TEST_F(NodeMethods, Method37OnACdataSectionRefusesTheEndSequence) {
     void* cdata = child(3);
     int32_t count = 5;
-    Answer answer = nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("a]]>b"), &count}, nullptr);
+    Answer answer =
+        nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("a]]>b"), &count}, nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "old data");
@@ -272,12 +287,14 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueOnCDataRefusesTheClosingSequence) 
     ASSERT_EQ(typeOf(cdata), kCData);
     const char bytes[] = {'a', ']', ']', '>', 'z'};
     int32_t count = 4;
-    Answer answer = nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr);
+    Answer answer = nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                             nullptr);
     EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "cd");
     count = 3;
-    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr).code, LUM_OK);
+    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(cdata), "a]]");
 }
 
@@ -296,7 +313,8 @@ protected:
         void* item = child(6);
         switch (GetParam().method) {
         case LUM_NODE_ATTRIBUTE_VALUE:
-            return nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("bb5"), &limit}, out);
+            return nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("bb5"), &limit},
+                            out);
         case LUM_NODE_VALUE:
             return nodeCall(childOf(item, 0), LUM_NODE_VALUE, {&limit}, out);
         case LUM_NODE_NAME:
@@ -308,13 +326,15 @@ protected:
         case LUM_NODE_LOCAL_NAME:
             return nodeCall(fiveNs, LUM_NODE_LOCAL_NAME, {&limit}, out);
         default:
-            return nodeCall(fiveNs, LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:x"), const_cast<char*>("at"), &limit},
+            return nodeCall(fiveNs, LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:x"),
+                                                            const_cast<char*>("at"), &limit},
                             out);
         }
     }
     void SetUp() override {
         NodeMethods::SetUp();
-        nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("bb5"), const_cast<char*>("fives")}, nullptr);
+        nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("bb5"),
+                                                const_cast<char*>("fives")}, nullptr);
         fiveNamed = createNode(document.cell, "abcde", LUM_NODE_ELEMENT);
         int32_t element = 1;
         docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
@@ -322,7 +342,8 @@ protected:
                 &fiveNs);
         int32_t attribute = 2;
         void* at = nullptr;
-        docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {const_cast<char*>("urn:x"), const_cast<char*>("q:at"), &attribute},
+        docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {const_cast<char*>("urn:x"),
+                                                        const_cast<char*>("q:at"), &attribute},
                 &at);
         nodeCall(at, LUM_NODE_SET_VALUE, {const_cast<char*>("vvvvv")}, nullptr);
         nodeCall(fiveNs, LUM_NODE_SET_ATTRIBUTE_NODE, {at}, nullptr);
@@ -364,9 +385,11 @@ TEST_P(StringLimits, LimitOneBelowTheLengthIsTooLong) {
 
 INSTANTIATE_TEST_SUITE_P(NodeMethods, StringLimits,
                          ::testing::Values(LimitCase{"AttributeValue", LUM_NODE_ATTRIBUTE_VALUE},
-                                           LimitCase{"NodeValue", LUM_NODE_VALUE}, LimitCase{"NodeName", LUM_NODE_NAME},
+                                           LimitCase{"NodeValue", LUM_NODE_VALUE},
+                                           LimitCase{"NodeName", LUM_NODE_NAME},
                                            LimitCase{"NamespaceURI", LUM_NODE_NAMESPACE_URI},
-                                           LimitCase{"Prefix", LUM_NODE_PREFIX}, LimitCase{"LocalName", LUM_NODE_LOCAL_NAME},
+                                           LimitCase{"Prefix", LUM_NODE_PREFIX},
+                                           LimitCase{"LocalName", LUM_NODE_LOCAL_NAME},
                                            LimitCase{"AttributeNS", LUM_NODE_ATTRIBUTE_NS}),
                          [](const ::testing::TestParamInfo<LimitCase>& info) {
                              return std::string(info.param.name);
@@ -379,7 +402,8 @@ TEST_F(NodeMethodsOnMixedContent, NegativeLimitNeverCountsAsTooSmall) {
     EXPECT_EQ(nodeCall(root, LUM_NODE_NAME, {&limit}, out).code, LUM_OK);
     EXPECT_STREQ(out, "r");
     const char* name = "a";
-    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit}, out).code, LUM_OK);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit},
+                       out).code, LUM_OK);
     EXPECT_STREQ(out, "1");
 }
 

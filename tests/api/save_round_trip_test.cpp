@@ -36,8 +36,8 @@ protected:
         ErrorSlot error;
         void* memory = nullptr;
         uint32_t length = 0;
-        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, "UTF-8", nullptr, &memory, &length, 0, nullptr,
-                   error.buffer, &error.code);
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, "UTF-8", nullptr, &memory, &length, 0,
+                   nullptr, error.buffer, &error.code);
         EXPECT_EQ(error.code, LUM_OK) << error.text();
         std::string bytes(static_cast<const char*>(memory), length);
         std::free(memory);

@@ -53,8 +53,9 @@ int32_t load(void*& document, const std::string& text, const int32_t* limit) {
     lumInitDocument(&document, 1, made.buffer, &made.code);
     ErrorSlot error;
     char encoding[257] = {0};
-    lumDocLoad(&document, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
+    lumDocLoad(&document, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, encoding,
+               nullptr, text.data(), static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr,
+               error.buffer,
                &error.code);
     return error.code;
 }
@@ -68,8 +69,8 @@ std::string save(void* document) {
     ErrorSlot e;
     void* memory = nullptr;
     uint32_t length = 0;
-    lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr, e.buffer,
-               &e.code);
+    lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+               nullptr, e.buffer, &e.code);
     std::string out = memory != nullptr ? std::string(static_cast<const char*>(memory), length)
                                         : "save error " + e.text();
     std::free(memory);
@@ -81,7 +82,8 @@ void pull(const std::string& text, Outcome& outcome) {
     lumtest::setUpMemoryPull(instance, text, LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION, 50000);
     lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         ++outcome.events;
-        if (event.kind == LUM_SAX_EVENT_CHARACTERS) outcome.characters += static_cast<const char*>(event.arg1);
+        if (event.kind == LUM_SAX_EVENT_CHARACTERS)
+            outcome.characters += static_cast<const char*>(event.arg1);
         return true;
     });
     lumSAXDeleteParserInstance(&instance);

@@ -144,7 +144,8 @@ TEST_F(WriterCommands, NullWriterCreatesWithCommand1AndRefusesOthers) {
     for (int32_t command : {LUM_WRITER_FREE, LUM_WRITER_GET_STATE, LUM_WRITER_RESET,
                             LUM_WRITER_STOP, LUM_WRITER_OPEN, LUM_WRITER_END_DOCUMENT,
                             LUM_WRITER_START_ELEMENT}) {
-        EXPECT_EQ(lumSAXWriterExecute(nullptr, command, &options, &args), LUM_WRITER_REFUSED) << command;
+        EXPECT_EQ(lumSAXWriterExecute(nullptr, command, &options, &args),
+                  LUM_WRITER_REFUSED) << command;
         EXPECT_EQ(args.arg0, nullptr);
     }
     ASSERT_EQ(lumSAXWriterExecute(nullptr, LUM_WRITER_CREATE, &options, &args), LUM_WRITER_OK);

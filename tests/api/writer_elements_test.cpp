@@ -48,7 +48,8 @@ TEST_F(WriterElements, Strict6ProcessingInstructionTargetsXmlAndXmlStylesheet) {
         h.options.strict = 1;
         h.options.fragment = 1;
         ASSERT_EQ(h.openMemory(), LUM_WRITER_OK);
-        EXPECT_EQ(h.run(LUM_WRITER_PROCESSING_INSTRUCTION, target, "d"), LUM_WRITER_ERR_INVALID_NAME) << target;
+        EXPECT_EQ(h.run(LUM_WRITER_PROCESSING_INSTRUCTION, target, "d"),
+                  LUM_WRITER_ERR_INVALID_NAME) << target;
         EXPECT_EQ(h.message(), target);
         expectFailed(h);
     }
@@ -64,7 +65,8 @@ TEST_F(WriterElements, Strict6ProcessingInstructionWritesNothingOfIt) {
         h.options.outputKind = LUM_WRITER_TO_FILE;
         h.options.fileName = path.c_str();
         ASSERT_EQ(h.run(LUM_WRITER_OPEN), LUM_WRITER_OK);
-        EXPECT_EQ(h.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml-stylesheet", "href=\"s.css\""), LUM_WRITER_ERR_INVALID_NAME);
+        EXPECT_EQ(h.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml-stylesheet", "href=\"s.css\""),
+                  LUM_WRITER_ERR_INVALID_NAME);
     }
     EXPECT_EQ(lumtest::readFile(path), "");
 }
@@ -119,7 +121,8 @@ TEST_F(WriterElements, Strict8EndTagWithNoOpenElementHasAnEmptyMessage) {
 TEST_F(WriterElements, Strict10PendingPrefixWithoutUri) {
     open(true);
     w.run(LUM_WRITER_START_ELEMENT, "r", "urn:r");
-    EXPECT_EQ(w.run(LUM_WRITER_EMPTY_ELEMENT, "p:a"), LUM_WRITER_OK);  // the tag is written by the next command
+    // The tag is written by the next command.
+    EXPECT_EQ(w.run(LUM_WRITER_EMPTY_ELEMENT, "p:a"), LUM_WRITER_OK);
     EXPECT_EQ(w.run(LUM_WRITER_CREATE), LUM_WRITER_ERR_PREFIX_WITHOUT_URI);
     EXPECT_EQ(w.message(), "p");
     expectFailed(w);
@@ -215,7 +218,8 @@ TEST_F(WriterElements, Strict18SamePrefixAndLocalName) {
     w.run(LUM_WRITER_START_ELEMENT, "r", nullptr);
     w.run(LUM_WRITER_DECLARE_NAMESPACE, "urn:p", "p");
     w.run(LUM_WRITER_ADD_ATTRIBUTE, "p:x", "1", "urn:p");
-    EXPECT_EQ(w.run(LUM_WRITER_ADD_ATTRIBUTE, "p:x", "2", "urn:p"), LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE);
+    EXPECT_EQ(w.run(LUM_WRITER_ADD_ATTRIBUTE, "p:x", "2", "urn:p"),
+              LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE);
     EXPECT_EQ(w.message(), "p:x");
 }
 

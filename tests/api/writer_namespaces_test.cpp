@@ -194,7 +194,8 @@ TEST_F(WriterNamespaces, Error10IsNotSetOverAnEarlierCode) {
     attrs.add("x", "2");
     // 18 is set while the element starts; writing the tag in the failure
     // step finds the pending prefix without URI and leaves 18.
-    EXPECT_EQ(w.run(LUM_WRITER_START_ELEMENT, "p:c", nullptr, attrs.list), LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE);
+    EXPECT_EQ(w.run(LUM_WRITER_START_ELEMENT, "p:c", nullptr, attrs.list),
+              LUM_WRITER_ERR_DUPLICATE_ATTRIBUTE);
     EXPECT_EQ(w.message(), "x");
     EXPECT_EQ(w.stream(), "<p:c xmlns:p=\"\" x=\"1\" x=\"2\">");
 }

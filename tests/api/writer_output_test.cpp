@@ -168,7 +168,8 @@ TEST_F(WriterOutput, FileThatCannotBeCreatedGives5AndState7) {
     w.options.fileName = "/nonexistent-lumxml-dir/out.xml";
     EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OPEN);
     EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
-    EXPECT_EQ(w.run(LUM_WRITER_START_ELEMENT, "r"), LUM_WRITER_REFUSED);  // no formatter was made; nothing runs
+    // No formatter was made; nothing runs.
+    EXPECT_EQ(w.run(LUM_WRITER_START_ELEMENT, "r"), LUM_WRITER_REFUSED);
 }
 
 TEST_F(WriterOutput, UnknownEncodingGives5) {
@@ -421,7 +422,8 @@ TEST_F(WriterOutput, FormattedEndTagAfterTextIsNotIndentedButAfterACommentIs) {
 TEST_F(WriterOutput, FormattedFailedProcessingInstructionLeavesOnlyItsIndentation) {
     openStream(true, true, true);
     w.run(LUM_WRITER_START_ELEMENT, "a");
-    EXPECT_EQ(w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml-stylesheet", "href=\"s\""), LUM_WRITER_ERR_INVALID_NAME);
+    EXPECT_EQ(w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml-stylesheet", "href=\"s\""),
+              LUM_WRITER_ERR_INVALID_NAME);
     EXPECT_EQ(w.message(), "xml-stylesheet");
     EXPECT_EQ(w.stream(), "<a>\n  ");
 }

@@ -242,7 +242,8 @@ public:
             case Kind::kEntity: run(LUM_WRITER_ENTITY_REFERENCE, n.text.c_str()); break;
             case Kind::kCdata: run(LUM_WRITER_CDATA, orNull(n.text)); break;
             case Kind::kComment: run(LUM_WRITER_COMMENT, orNull(n.text)); break;
-            case Kind::kPi: run(LUM_WRITER_PROCESSING_INSTRUCTION, n.text.c_str(), orNull(n.data)); break;
+            case Kind::kPi: run(LUM_WRITER_PROCESSING_INSTRUCTION, n.text.c_str(),
+                                orNull(n.data)); break;
         }
     }
 
@@ -259,9 +260,9 @@ private:
         const void* texts[] = {a0, a1, a2, a3};
         for (int i = 0; i < 4; ++i) {
             // The list slot (arg2 of 23 and 26, arg3 of 27) is no text.
-            const bool list = (command == LUM_WRITER_DATA_ELEMENT)
-                                  ? i == 3
-                                  : (command == LUM_WRITER_START_ELEMENT || command == LUM_WRITER_EMPTY_ELEMENT) && i == 2;
+            const bool startTag =
+                command == LUM_WRITER_START_ELEMENT || command == LUM_WRITER_EMPTY_ELEMENT;
+            const bool list = (command == LUM_WRITER_DATA_ELEMENT) ? i == 3 : startTag && i == 2;
             if (list && texts[i] != nullptr) {
                 const SaxAttrList* l = static_cast<const SaxAttrList*>(texts[i]);
                 for (int32_t k = 0; k < l->count; ++k)
@@ -309,14 +310,18 @@ private:
         const SaxAttrList* list = e.attrsAsList ? &h.list : nullptr;
         const bool dataElement = e.children.size() == 1 && e.children[0].kind == Kind::kText;
         if (dataElement && (e.attrsAsList || (e.attrs.empty() && e.declarations.empty()))) {
-            run(LUM_WRITER_DATA_ELEMENT, name.c_str(), orNull(e.children[0].text), orNull(e.uri), list);
+            run(LUM_WRITER_DATA_ELEMENT, name.c_str(), orNull(e.children[0].text), orNull(e.uri),
+                list);
             return;
         }
-        run(e.children.empty() ? LUM_WRITER_EMPTY_ELEMENT : LUM_WRITER_START_ELEMENT, name.c_str(), orNull(e.uri), list);
+        run(e.children.empty() ? LUM_WRITER_EMPTY_ELEMENT : LUM_WRITER_START_ELEMENT, name.c_str(),
+            orNull(e.uri), list);
         if (!e.attrsAsList) {
-            for (const auto& d : e.declarations) run(LUM_WRITER_DECLARE_NAMESPACE, orNull(d.second), orNull(d.first));
+            for (const auto& d : e.declarations) run(LUM_WRITER_DECLARE_NAMESPACE,
+                                                     orNull(d.second), orNull(d.first));
             for (const Attr& a : e.attrs)
-                run(LUM_WRITER_ADD_ATTRIBUTE, qualified(a.prefix, a.local).c_str(), orNull(a.value), orNull(a.uri));
+                run(LUM_WRITER_ADD_ATTRIBUTE, qualified(a.prefix, a.local).c_str(),
+                    orNull(a.value), orNull(a.uri));
         }
         if (e.children.empty()) return;
         for (const Node& child : e.children) node(child);

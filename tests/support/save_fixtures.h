@@ -69,7 +69,8 @@ protected:
         Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
                                 {const_cast<char*>(uri), const_cast<char*>(qname), &type}, &made);
         EXPECT_EQ(answer.code, LUM_OK) << answer.message;
-        EXPECT_EQ(nodeCall(made, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr).code, LUM_OK);
+        EXPECT_EQ(nodeCall(made, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr).code,
+                  LUM_OK);
         return made;
     }
     void setAttributeNode(void* element, void* attr) {

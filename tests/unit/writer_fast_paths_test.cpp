@@ -100,9 +100,12 @@ public:
                 case 1: command(LUM_WRITER_PROCESSING_INSTRUCTION, "target", text); break;
                 case 2: command(LUM_WRITER_RAW_TEXT, text); break;
                 case 3: command(LUM_WRITER_DATA_ELEMENT, "data", text); break;
-                case 4: command(LUM_WRITER_EMPTY_ELEMENT, "empty", nullptr); command(LUM_WRITER_ADD_ATTRIBUTE, "c", text); break;
+                case 4: command(LUM_WRITER_EMPTY_ELEMENT, "empty",
+                                nullptr); command(LUM_WRITER_ADD_ATTRIBUTE, "c", text); break;
                 case 5: command(LUM_WRITER_ENTITY_REFERENCE, "amp"); break;
-                default: command(LUM_WRITER_CDATA, std::strstr(text, "]]>") ? "plain" : text); break;
+                default:
+                    command(LUM_WRITER_CDATA, std::strstr(text, "]]>") ? "plain" : text);
+                    break;
             }
             command(LUM_WRITER_END_ELEMENT, name, i % 3 == 0 ? "urn:p" : nullptr);
         }
@@ -220,7 +223,8 @@ TEST_F(WriterFastPaths, ShortcutsAreChosenOnlyForUtf8) {
     ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_OPEN, &options, nullptr), LUM_WRITER_OK);
     EXPECT_TRUE(writer->hostBytesDirect);
     EXPECT_TRUE(writer->memoryDirect);
-    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr), LUM_WRITER_OK);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     std::free(options.memoryBuffer);
     options = WriterOptions{};
     options.outputKind = LUM_WRITER_TO_MEMORY;
@@ -228,7 +232,8 @@ TEST_F(WriterFastPaths, ShortcutsAreChosenOnlyForUtf8) {
     ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_OPEN, &options, nullptr), LUM_WRITER_OK);
     EXPECT_FALSE(writer->hostBytesDirect);
     EXPECT_FALSE(writer->memoryDirect);
-    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr), LUM_WRITER_OK);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     std::free(options.memoryBuffer);
     executeWriterCommand(writer, LUM_WRITER_FREE, &options, nullptr);
 }
@@ -249,7 +254,8 @@ TEST_F(WriterFastPaths, ZzOtherHostCodePageWritesItsOwnCharacters) {
     EXPECT_TRUE(writer->memoryDirect);
     WriterArgs args{const_cast<char*>("caf\xE9 &"), nullptr, nullptr, nullptr};
     ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_CHARACTERS, &options, &args), LUM_WRITER_OK);
-    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr), LUM_WRITER_OK);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     EXPECT_EQ(std::string(static_cast<const char*>(options.memoryBuffer), *options.memoryLength),
               "caf\xC3\xA9 &amp;");
     std::free(options.memoryBuffer);

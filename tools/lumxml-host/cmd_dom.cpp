@@ -174,7 +174,8 @@ int runDom(HostLibrary& library, const Arguments& arguments) {
     const Exports& x = library.exports();
     LoadedDocument loaded;
     loadLikeAHost(x, options, loaded);
-    if (loaded.code != LUM_OK) std::printf("load: code %d, message: %s\n", loaded.code, loaded.message.c_str());
+    if (loaded.code != LUM_OK)
+        std::printf("load: code %d, message: %s\n", loaded.code, loaded.message.c_str());
     if (isFailingLoadCode(loaded.code) && loaded.cell == nullptr) return kExitFailure;
     Walker walker(x, loaded.cell);
     auto started = std::chrono::steady_clock::now();
