@@ -10,7 +10,7 @@ void startLibrary() {
         char error[257] = {0};
         int32_t code = 0;
         lumInitParser("UTF-8", error, &code);
-        return code == 0;
+        return code == LUM_OK;
     }();
     if (!started) std::abort();
 }

@@ -33,11 +33,11 @@ void lumxmlLoad(benchmark::State& state, Document document) {
         void* cell = nullptr;
         lumInitDocument(&cell, 1, error, &code);
         char encoding[257];
-        lumDocLoad(&cell, 0, 1, encoding, nullptr, text.data(),
+        lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
                    static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, nullptr, error,
                    &code);
         lumDocDelete(cell, error, &code);
-        if (code != 0) {
+        if (code != LUM_OK) {
             state.SkipWithError(error);
             break;
         }

@@ -57,8 +57,8 @@ public:
         bench::startLibrary();
         lumInitDocument(&cell, 1, error, &code);
         char encoding[257];
-        lumDocLoad(&cell, 0, 1, encoding, nullptr, xml.data(), static_cast<uint32_t>(xml.size()),
-                   nullptr, nullptr, 0, nullptr, error, &code);
+        lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, xml.data(),
+                   static_cast<uint32_t>(xml.size()), nullptr, nullptr, 0, nullptr, error, &code);
     }
     HostDocument() {
         bench::startLibrary();
@@ -102,7 +102,7 @@ struct Calls {
     void* child(void* node, int32_t index) {
         void* found = nullptr;
         void* slots[1] = {&index};
-        lumNodeExecute(node, 8, slots, &found, error, &code);
+        lumNodeExecute(node, LUM_NODE_CHILD_AT, slots, &found, error, &code);
         return found;
     }
     void* nodeResult(void* node, int32_t method) {
@@ -112,12 +112,13 @@ struct Calls {
     }
     // Type, then name (elements) or value (the rest): what a host reads.
     size_t read(void* node) {
-        int32_t type = int32(node, 18);
+        int32_t type = int32(node, LUM_NODE_TYPE_CODE);
         char text[64];
         int32_t limit = sizeof text;
         void* slots[1] = {&limit};
         text[0] = '\0';
-        lumNodeExecute(node, type == 1 ? 21 : 19, slots, text, error, &code);
+        lumNodeExecute(node, type == LUM_NODE_ELEMENT ? LUM_NODE_NAME : LUM_NODE_VALUE, slots,
+                       text, error, &code);
         code = 0;  // a value longer than the buffer is refused: the walk goes on
         return static_cast<size_t>(type) + std::strlen(text);
     }
@@ -141,7 +142,7 @@ public:
             Place& place = stack_.back();
             if (place.count < 0) {
                 seen += calls.read(place.node);
-                place.count = calls.int32(place.node, 5);
+                place.count = calls.int32(place.node, LUM_NODE_CHILD_COUNT);
                 ++nodes_;
             }
             if (place.next >= place.count) {
@@ -166,7 +167,7 @@ private:
 
 void finish(benchmark::State& state, Calls& calls, int64_t nodes, size_t seen) {
     benchmark::DoNotOptimize(seen);
-    if (calls.code != 0) state.SkipWithError(calls.error);
+    if (calls.code != LUM_OK) state.SkipWithError(calls.error);
     state.SetItemsProcessed(nodes);
 }
 
@@ -205,19 +206,19 @@ void NestedWalkByPositionLumxml(benchmark::State& state) {
         while (node != nullptr) {
             seen += calls.read(node);
             ++nodes;
-            if (calls.int32(node, 5) > 0) {
+            if (calls.int32(node, LUM_NODE_CHILD_COUNT) > 0) {
                 node = calls.child(node, 0);
                 continue;
             }
             // Up until a node with a next sibling.
             while (node != nullptr) {
-                void* parent = calls.nodeResult(node, 7);
+                void* parent = calls.nodeResult(node, LUM_NODE_PARENT);
                 if (parent == nullptr) {
                     node = nullptr;
                     break;
                 }
-                int32_t position = calls.int32(node, 6);
-                if (position + 1 < calls.int32(parent, 5)) {
+                int32_t position = calls.int32(node, LUM_NODE_INDEX_IN_PARENT);
+                if (position + 1 < calls.int32(parent, LUM_NODE_CHILD_COUNT)) {
                     node = calls.child(parent, position + 1);
                     break;
                 }
@@ -257,32 +258,38 @@ void walkWithChanges(benchmark::State& state, bool sameDocument) {
         HostDocument other;
         void* target = nullptr;
         void* made = nullptr;
-        int32_t elementType = 1;
+        int32_t elementType = LUM_NODE_ELEMENT;
         const char* name = "scratch";
         void* createSlots[2] = {const_cast<char*>(name), &elementType};
         void* changed = sameDocument ? document.cell : other.cell;
-        lumDocExecute(changed, 1, createSlots, &target, calls.error, &calls.code);
+        lumDocExecute(changed, LUM_DOC_CREATE_NODE, createSlots, &target, calls.error, &calls.code);
         void* appendSlots[2] = {target, nullptr};
         // The scratch element sits at the top of the changed document.
         if (sameDocument) {
             void* root = nullptr;
-            lumDocExecute(document.cell, 4, nullptr, &root, calls.error, &calls.code);
-            lumNodeExecute(root, 2, appendSlots, nullptr, calls.error, &calls.code);
+            lumDocExecute(document.cell, LUM_DOC_DOCUMENT_ELEMENT, nullptr, &root, calls.error,
+                          &calls.code);
+            lumNodeExecute(root, LUM_NODE_INSERT_BEFORE, appendSlots, nullptr, calls.error,
+                           &calls.code);
         } else {
-            lumDocExecute(other.cell, 2, appendSlots, nullptr, calls.error, &calls.code);
+            lumDocExecute(other.cell, LUM_DOC_INSERT_BEFORE, appendSlots, nullptr, calls.error,
+                          &calls.code);
         }
         state.ResumeTiming();
         GenericWalk walk(document.node(), Order::Forward);
         int64_t steps = 0;
         while (walk.step(calls, seen)) {
             if (++steps % 16 != 0) continue;
-            lumDocExecute(changed, 1, createSlots, &made, calls.error, &calls.code);
+            lumDocExecute(changed, LUM_DOC_CREATE_NODE, createSlots, &made, calls.error,
+                          &calls.code);
             void* slots[2] = {made, nullptr};
-            lumNodeExecute(target, 2, slots, nullptr, calls.error, &calls.code);
+            lumNodeExecute(target, LUM_NODE_INSERT_BEFORE, slots, nullptr, calls.error,
+                           &calls.code);
         }
         nodes += walk.nodes();
         state.PauseTiming();
-        if (sameDocument) lumNodeExecute(target, 3, nullptr, nullptr, calls.error, &calls.code);
+        if (sameDocument) lumNodeExecute(target, LUM_NODE_REMOVE, nullptr, nullptr, calls.error,
+                                         &calls.code);
         state.ResumeTiming();
     }
     finish(state, calls, nodes, seen);
@@ -315,19 +322,22 @@ void NestedCopyLumxml(benchmark::State& state) {
             Place& place = step.place;
             if (place.count < 0) {
                 ++nodes;
-                int32_t type = calls.int32(place.node, 18);
-                place.count = calls.int32(place.node, 5);
-                if (type == 1) {
+                int32_t type = calls.int32(place.node, LUM_NODE_TYPE_CODE);
+                place.count = calls.int32(place.node, LUM_NODE_CHILD_COUNT);
+                if (type == LUM_NODE_ELEMENT) {
                     char name[64];
                     int32_t limit = sizeof name;
                     void* nameSlots[1] = {&limit};
-                    lumNodeExecute(place.node, 21, nameSlots, name, calls.error, &calls.code);
-                    int32_t elementType = 1;
+                    lumNodeExecute(place.node, LUM_NODE_NAME, nameSlots, name, calls.error,
+                                   &calls.code);
+                    int32_t elementType = LUM_NODE_ELEMENT;
                     void* createSlots[2] = {name, &elementType};
                     void* made = nullptr;
-                    lumDocExecute(copy->cell, 1, createSlots, &made, calls.error, &calls.code);
+                    lumDocExecute(copy->cell, LUM_DOC_CREATE_NODE, createSlots, &made, calls.error,
+                                  &calls.code);
                     void* appendSlots[2] = {made, nullptr};
-                    lumNodeExecute(step.into, 2, appendSlots, nullptr, calls.error, &calls.code);
+                    lumNodeExecute(step.into, LUM_NODE_INSERT_BEFORE, appendSlots, nullptr,
+                                   calls.error, &calls.code);
                     step.into = made;
                     seen += std::strlen(name);
                 }

@@ -35,9 +35,9 @@ void lumxmlSave(benchmark::State& state, Document document) {
     void* cell = nullptr;
     lumInitDocument(&cell, 1, error, &code);
     char encoding[300] = {0};
-    lumDocLoad(&cell, 0, 1, encoding, nullptr, text.data(), static_cast<uint32_t>(text.size()),
-               nullptr, nullptr, 0, nullptr, error, &code);
-    if (code != 0) {
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
+               static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, nullptr, error, &code);
+    if (code != LUM_OK) {
         state.SkipWithError(error);
         return;
     }
@@ -45,13 +45,13 @@ void lumxmlSave(benchmark::State& state, Document document) {
     for (auto _ : state) {
         void* block = nullptr;
         uint32_t length = 0;
-        lumDocSave(&cell, 1, 0, 0, 0, "UTF-8", nullptr, &block, &length, 0, nullptr, error,
-                   &code);
+        lumDocSave(&cell, LUM_SAVE_TO_MEMORY, 0, 0, 0, "UTF-8", nullptr, &block, &length, 0,
+                   nullptr, error, &code);
         written += length;
         benchmark::DoNotOptimize(block);
         std::free(block);
     }
-    if (code != 0) state.SkipWithError(error);
+    if (code != LUM_OK) state.SkipWithError(error);
     lumDocDelete(cell, error, &code);
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
     state.counters["output_bytes"] = static_cast<double>(written) / state.iterations();

@@ -92,7 +92,7 @@ int64_t pullAll(SaxParserInstance& record) {
     int64_t events = 0;
     uint64_t sum = 0;
     int32_t result = lumSAXParseFirst(&record);
-    while (result == 1) {
+    while (result == LUM_SAX_MORE) {
         if (record.eventHead != nullptr) {
             ++events;
             sum += touchEvent(*record.eventHead);
@@ -106,7 +106,7 @@ int64_t pullAll(SaxParserInstance& record) {
 
 void memoryRecord(SaxParserInstance& record, const std::string& text) {
     std::memset(&record, 0, sizeof record);
-    record.inputKind = 1;
+    record.inputKind = LUM_SAX_INPUT_MEMORY;
     record.memoryBuffer = text.data();
     record.memoryLength = static_cast<uint32_t>(text.size());
     record.entityExpansionLimit = 50000;
@@ -410,7 +410,7 @@ void PullMemoryLumxml(benchmark::State& state) {
         filePeak = peakGrowthMegabytes([&] {
             SaxParserInstance record;
             std::memset(&record, 0, sizeof record);
-            record.inputKind = 0;
+            record.inputKind = LUM_SAX_INPUT_FILE;
             record.fileName = fileName.c_str();
             record.entityExpansionLimit = 50000;
             events += pullAll(record);

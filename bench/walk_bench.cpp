@@ -39,10 +39,10 @@ HostTree& hostTree(int64_t children) {
     lumInitDocument(&tree.cell, 1, error, &code);
     std::string xml = bench::wide(children);
     char encoding[257];
-    lumDocLoad(&tree.cell, 0, 1, encoding, nullptr, xml.data(), static_cast<uint32_t>(xml.size()),
-               nullptr, nullptr, 0, nullptr, error, &code);
+    lumDocLoad(&tree.cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, xml.data(),
+               static_cast<uint32_t>(xml.size()), nullptr, nullptr, 0, nullptr, error, &code);
     void* slots[1] = {nullptr};
-    lumDocExecute(tree.cell, 4, slots, &tree.root, error, &code);
+    lumDocExecute(tree.cell, LUM_DOC_DOCUMENT_ELEMENT, slots, &tree.root, error, &code);
     tree.children = children;
     return tree;
 }
@@ -53,25 +53,25 @@ void WalkLumxml(benchmark::State& state) {
     int32_t code = 0;
     for (auto _ : state) {
         int32_t count = 0;
-        lumNodeExecute(tree.root, 5, nullptr, &count, error, &code);
+        lumNodeExecute(tree.root, LUM_NODE_CHILD_COUNT, nullptr, &count, error, &code);
         size_t seen = 0;
         for (int32_t i = 0; i < count; ++i) {
             void* child = nullptr;
             void* indexSlot[1] = {&i};
-            lumNodeExecute(tree.root, 8, indexSlot, &child, error, &code);
+            lumNodeExecute(tree.root, LUM_NODE_CHILD_AT, indexSlot, &child, error, &code);
             int32_t type = 0;
-            lumNodeExecute(child, 18, nullptr, &type, error, &code);
+            lumNodeExecute(child, LUM_NODE_TYPE_CODE, nullptr, &type, error, &code);
             char name[64];
             char value[64];
             int32_t limit = 64;
             void* limitSlot[1] = {&limit};
-            lumNodeExecute(child, 21, limitSlot, name, error, &code);
-            lumNodeExecute(child, 19, limitSlot, value, error, &code);
+            lumNodeExecute(child, LUM_NODE_NAME, limitSlot, name, error, &code);
+            lumNodeExecute(child, LUM_NODE_VALUE, limitSlot, value, error, &code);
             seen += static_cast<size_t>(type) + std::strlen(name) + std::strlen(value);
         }
         benchmark::DoNotOptimize(seen);
     }
-    if (code != 0) state.SkipWithError(error);
+    if (code != LUM_OK) state.SkipWithError(error);
     state.SetItemsProcessed(state.range(0) * state.iterations());
 }
 

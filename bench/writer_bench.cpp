@@ -36,35 +36,35 @@ void LumxmlWriterToMemory(benchmark::State& state) {
     int64_t bytes = 0;
     for (auto _ : state) {
         WriterArgs created{};
-        lumSAXWriterExecute(nullptr, 1, nullptr, &created);
+        lumSAXWriterExecute(nullptr, LUM_WRITER_CREATE, nullptr, &created);
         SAXWriter* writer = static_cast<SAXWriter*>(created.arg0);
         WriterOptions options{};
         options.version = "1.0";
         options.encoding = "UTF-8";
-        options.outputKind = 5;
+        options.outputKind = LUM_WRITER_TO_MEMORY;
         options.strict = strict ? 1 : 0;
-        int32_t failed = run(writer, 21, &options);
-        failed |= run(writer, 23, &options, "catalogue");
+        int32_t failed = run(writer, LUM_WRITER_OPEN, &options);
+        failed |= run(writer, LUM_WRITER_START_ELEMENT, &options, "catalogue");
         char id[24], price[24];
         for (int64_t i = 0; i < count; ++i) {
             itemId(id, i);
             itemPrice(price, i);
-            failed |= run(writer, 23, &options, "item");
-            failed |= run(writer, 10, &options, "id", id);
-            failed |= run(writer, 10, &options, "category", kCategory);
-            failed |= run(writer, 10, &options, "price", price);
-            failed |= run(writer, 25, &options, kText);
-            failed |= run(writer, 24, &options, "item");
+            failed |= run(writer, LUM_WRITER_START_ELEMENT, &options, "item");
+            failed |= run(writer, LUM_WRITER_ADD_ATTRIBUTE, &options, "id", id);
+            failed |= run(writer, LUM_WRITER_ADD_ATTRIBUTE, &options, "category", kCategory);
+            failed |= run(writer, LUM_WRITER_ADD_ATTRIBUTE, &options, "price", price);
+            failed |= run(writer, LUM_WRITER_CHARACTERS, &options, kText);
+            failed |= run(writer, LUM_WRITER_END_ELEMENT, &options, "item");
         }
-        failed |= run(writer, 24, &options, "catalogue");
-        failed |= run(writer, 22, &options);
+        failed |= run(writer, LUM_WRITER_END_ELEMENT, &options, "catalogue");
+        failed |= run(writer, LUM_WRITER_END_DOCUMENT, &options);
         if (failed != 0 || options.memoryLength == nullptr) {
             state.SkipWithError("the writer failed");
             break;
         }
         bytes = *options.memoryLength;
         std::free(options.memoryBuffer);
-        run(writer, 2, &options);
+        run(writer, LUM_WRITER_FREE, &options);
     }
     state.SetBytesProcessed(bytes * static_cast<int64_t>(state.iterations()));
     state.counters["bytes"] = static_cast<double>(bytes);

@@ -23,14 +23,16 @@ struct Call {
 
 // Every read method of a node with a limit chosen by the input.
 void readNode(void* node, fuzz::FuzzInput& in) {
-    static const int32_t kStringMethods[] = {13, 19, 21, 26, 27, 28};
+    static const int32_t kStringMethods[] = {
+        LUM_NODE_ATTRIBUTE_VALUE, LUM_NODE_VALUE,  LUM_NODE_NAME,
+        LUM_NODE_NAMESPACE_URI,   LUM_NODE_PREFIX, LUM_NODE_LOCAL_NAME};
     char result[4096];
     for (int32_t method : kStringMethods) {
         Call call;
         int32_t limit = static_cast<int32_t>(in.pick(40));
         const char* name = "id";
         void* args[3] = {&limit, nullptr, nullptr};
-        if (method == 13) {
+        if (method == LUM_NODE_ATTRIBUTE_VALUE) {
             args[0] = const_cast<char*>(name);
             args[1] = &limit;
         }
@@ -42,18 +44,19 @@ void readNode(void* node, fuzz::FuzzInput& in) {
         int32_t limit = in.flag() ? -1 : static_cast<int32_t>(in.pick(64));
         void* args[1] = {&limit};
         std::memset(result, 0, sizeof result);
-        lumNodeExecute(node, 12, args, result, call.error, &call.code);
+        lumNodeExecute(node, LUM_NODE_ATTRIBUTE_NAMES, args, result, call.error, &call.code);
     }
     {
         Call call;
         char* whole = nullptr;
         int32_t length = 0;
         void* args[2] = {&whole, &length};
-        lumNodeExecute(node, 36, args, nullptr, call.error, &call.code);
+        lumNodeExecute(node, LUM_NODE_WHOLE_VALUE, args, nullptr, call.error, &call.code);
         void* release[1] = {&whole};
-        lumNodeExecute(node, 38, release, nullptr, call.error, &call.code);
+        lumNodeExecute(node, LUM_NODE_RELEASE_VALUE, release, nullptr, call.error, &call.code);
     }
-    for (int32_t method : {5, 6, 7, 17, 18}) {
+    for (int32_t method : {LUM_NODE_CHILD_COUNT, LUM_NODE_INDEX_IN_PARENT, LUM_NODE_PARENT,
+                           LUM_NODE_OWNER_HANDLE, LUM_NODE_TYPE_CODE}) {
         Call call;
         int64_t answer = 0;
         lumNodeExecute(node, method, nullptr, &answer, call.error, &call.code);
@@ -64,7 +67,7 @@ void readNode(void* node, fuzz::FuzzInput& in) {
         const char* uri = "urn:x";
         const char* local = "a";
         void* args[3] = {const_cast<char*>(uri), const_cast<char*>(local), &limit};
-        lumNodeExecute(node, 39, args, result, call.error, &call.code);
+        lumNodeExecute(node, LUM_NODE_ATTRIBUTE_NS, args, result, call.error, &call.code);
     }
 }
 
@@ -74,12 +77,12 @@ void walk(void* document, fuzz::FuzzInput& in) {
     {
         Call call;
         int32_t count = 0;
-        lumDocExecute(document, 5, nullptr, &count, call.error, &call.code);
+        lumDocExecute(document, LUM_DOC_CHILD_COUNT, nullptr, &count, call.error, &call.code);
         for (int32_t i = 0; i < count && i < 64; ++i) {
             void* child = nullptr;
             void* args[1] = {&i};
             Call at;
-            lumDocExecute(document, 8, args, &child, at.error, &at.code);
+            lumDocExecute(document, LUM_DOC_CHILD_AT, args, &child, at.error, &at.code);
             if (child != nullptr) pending.push_back(child);
         }
     }
@@ -91,12 +94,12 @@ void walk(void* document, fuzz::FuzzInput& in) {
         readNode(node, in);
         Call call;
         int32_t count = 0;
-        lumNodeExecute(node, 5, nullptr, &count, call.error, &call.code);
+        lumNodeExecute(node, LUM_NODE_CHILD_COUNT, nullptr, &count, call.error, &call.code);
         for (int32_t i = 0; i < count && pending.size() < kMaxNodes; ++i) {
             void* child = nullptr;
             void* args[1] = {&i};
             Call at;
-            lumNodeExecute(node, 8, args, &child, at.error, &at.code);
+            lumNodeExecute(node, LUM_NODE_CHILD_AT, args, &child, at.error, &at.code);
             if (child != nullptr) pending.push_back(child);
         }
     }
@@ -115,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint8_t saveChoice = in.byte();
     // Never let a document reach the network or the file system by default
     // resolution: the input would not be the only thing under test.
-    flags |= 4u;
+    flags |= LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION;
 
     void* document = nullptr;
     Call made;
@@ -124,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     Call load;
     char encoding[257] = {0};
-    lumDocLoad(&document, flags, 1, encoding, nullptr, in.rest(),
+    lumDocLoad(&document, flags, LUM_LOAD_FROM_MEMORY, encoding, nullptr, in.rest(),
                static_cast<uint32_t>(in.restSize()), nullptr, limitPointer, 0, nullptr,
                load.error, &load.code);
 
@@ -134,8 +137,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     void* memory = nullptr;
     uint32_t length = 0;
     const char* saveEncoding = kEncodings[saveChoice % (sizeof kEncodings / sizeof *kEncodings)];
-    lumDocSave(&document, 1, (saveChoice >> 3) & 1, (saveChoice >> 4) & 1, (saveChoice >> 5) & 1,
-               saveEncoding, nullptr, &memory, &length, 0, nullptr, save.error, &save.code);
+    lumDocSave(&document, LUM_SAVE_TO_MEMORY, (saveChoice >> 3) & 1, (saveChoice >> 4) & 1,
+               (saveChoice >> 5) & 1, saveEncoding, nullptr, &memory, &length, 0, nullptr,
+               save.error, &save.code);
     fuzz::releaseHostMemory();
 
     Call gone;

@@ -34,11 +34,12 @@ void handle(const SaxParserInstance& instance) {
     if (event == nullptr) return;
     volatile size_t touched = 0;
     if (event->name != nullptr) touched += std::strlen(event->name);
-    if (event->kind == 5) {
+    if (event->kind == LUM_SAX_EVENT_START_ELEMENT) {
         const SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(const_cast<SaxEvent*>(event));
         for (int32_t i = 0; i < list->count; ++i)
             if (list->entries[i].qName != nullptr) touched += std::strlen(list->entries[i].qName);
-    } else if ((event->kind == 7 || event->kind == 16 || event->kind == 17) &&
+    } else if ((event->kind == LUM_SAX_EVENT_CHARACTERS || event->kind == LUM_SAX_EVENT_ERROR ||
+                event->kind == LUM_SAX_EVENT_FATAL_ERROR) &&
                event->arg1 != nullptr) {
         touched += std::strlen(static_cast<const char*>(event->arg1));
     }
@@ -47,7 +48,7 @@ void handle(const SaxParserInstance& instance) {
 
 void parse(SaxParserInstance& instance, size_t maxSteps) {
     int32_t more = lumSAXParseFirst(&instance);
-    for (size_t steps = 0; more == 1 && steps < maxSteps; ++steps) {
+    for (size_t steps = 0; more == LUM_SAX_MORE && steps < maxSteps; ++steps) {
         handle(instance);
         more = lumSAXParseNext(&instance);
     }
@@ -65,9 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     SaxParserInstance instance;
     std::memset(&instance, 0, sizeof instance);
     // Bit 2 always: default entity resolution must not reach past the input.
-    instance.flags = (options & 3u) | 4u;
-    instance.entityExpansionLimit = (limitChoice & 0x80) != 0 ? (limitChoice & 0x7f) * 8 : -1;
-    instance.inputKind = (options & 0x40) != 0 ? 5 : 1;
+    instance.flags = (options & 3u) | LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION;
+    instance.entityExpansionLimit = (limitChoice & 0x80) != 0 ? (limitChoice & 0x7f) * 8
+                                                          : LUM_SAX_NO_ENTITY_LIMIT;
+    instance.inputKind = (options & 0x40) != 0 ? LUM_SAX_INPUT_BUFFER : LUM_SAX_INPUT_MEMORY;
     instance.memoryBuffer = in.rest();
     instance.memoryLength = static_cast<uint32_t>(in.restSize());
     instance.resolveEntityCallback = (options & 0x08) != 0 ? resolveEntity : nullptr;

@@ -18,8 +18,15 @@ const char* const kTexts[] = {nullptr, "", "text", "a]]>b", "<&>\"'", "caf\xC3\x
                               "\xF0\x9F\x98\x80", "  indented  "};
 const char* const kEncodings[] = {nullptr, "", "UTF-8", "UTF-16", "utf-16be", "ISO-8859-1",
                                   "US-ASCII"};
-const int32_t kCommands[] = {1, 3, 4, 5, 10, 11, 12, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33,
-                             0, 40, -1};
+const int32_t kCommands[] = {LUM_WRITER_CREATE, LUM_WRITER_GET_STATE, LUM_WRITER_RESET,
+                             LUM_WRITER_STOP, LUM_WRITER_ADD_ATTRIBUTE,
+                             LUM_WRITER_DECLARE_NAMESPACE, LUM_WRITER_RESTART_MEMORY,
+                             LUM_WRITER_END_DOCUMENT, LUM_WRITER_START_ELEMENT,
+                             LUM_WRITER_END_ELEMENT, LUM_WRITER_CHARACTERS,
+                             LUM_WRITER_EMPTY_ELEMENT, LUM_WRITER_DATA_ELEMENT,
+                             LUM_WRITER_COMMENT, LUM_WRITER_PROCESSING_INSTRUCTION,
+                             LUM_WRITER_RAW_TEXT, LUM_WRITER_DOCTYPE,
+                             LUM_WRITER_ENTITY_REFERENCE, LUM_WRITER_CDATA, 0, 40, -1};
 
 template <class T, size_t N>
 T choose(fuzz::FuzzInput& in, T (&pool)[N]) {
@@ -53,54 +60,64 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.fragment = (mode >> 1) & 1;
     options.formatted = (mode >> 2) & 1;
     options.standalone = (mode >> 3) & 3;
-    options.outputKind = (mode & 0x20) != 0 ? 5 : 2;
+    options.outputKind =
+        (mode & 0x20) != 0 ? LUM_WRITER_TO_MEMORY : LUM_WRITER_TO_MEMORY_WITH_BOM;
     options.version = (mode & 0x40) != 0 ? "1.0" : nullptr;
     options.encoding = choose(in, kEncodings);
     fuzz::failReallocAfter(in.pick(4));
 
     WriterArgs args;
     std::memset(&args, 0, sizeof args);
-    lumSAXWriterExecute(nullptr, 1, &options, &args);
+    lumSAXWriterExecute(nullptr, LUM_WRITER_CREATE, &options, &args);
     SAXWriter* writer = static_cast<SAXWriter*>(args.arg0);
-    lumSAXWriterExecute(writer, 21, &options, &args);
+    lumSAXWriterExecute(writer, LUM_WRITER_OPEN, &options, &args);
 
     for (int step = 0; step < 200 && !in.empty(); ++step) {
         std::memset(&args, 0, sizeof args);
         int32_t command = choose(in, kCommands);
         SaxAttrList* list = nullptr;
         switch (command) {
-        case 10: args.arg0 = name(in); args.arg1 = text(in); args.arg2 = uri(in); break;
-        case 11: args.arg0 = uri(in); args.arg1 = name(in); break;
-        case 23:
-        case 26:
+        case LUM_WRITER_ADD_ATTRIBUTE:
+            args.arg0 = name(in);
+            args.arg1 = text(in);
+            args.arg2 = uri(in);
+            break;
+        case LUM_WRITER_DECLARE_NAMESPACE: args.arg0 = uri(in); args.arg1 = name(in); break;
+        case LUM_WRITER_START_ELEMENT:
+        case LUM_WRITER_EMPTY_ELEMENT:
             args.arg0 = name(in);
             args.arg1 = uri(in);
             list = in.flag() ? attributes(in) : nullptr;
             args.arg2 = list;
             break;
-        case 24: args.arg0 = name(in); args.arg1 = uri(in); break;
-        case 27:
+        case LUM_WRITER_END_ELEMENT: args.arg0 = name(in); args.arg1 = uri(in); break;
+        case LUM_WRITER_DATA_ELEMENT:
             args.arg0 = name(in);
             args.arg1 = text(in);
             args.arg2 = uri(in);
             list = in.flag() ? attributes(in) : nullptr;
             args.arg3 = list;
             break;
-        case 29: args.arg0 = name(in); args.arg1 = text(in); break;
-        case 31: args.arg0 = name(in); args.arg1 = text(in); args.arg2 = text(in); break;
-        case 12:
+        case LUM_WRITER_PROCESSING_INSTRUCTION: args.arg0 = name(in); args.arg1 = text(in); break;
+        case LUM_WRITER_DOCTYPE:
+            args.arg0 = name(in);
+            args.arg1 = text(in);
+            args.arg2 = text(in);
+            break;
+        case LUM_WRITER_RESTART_MEMORY:
             // Restart reads the host's buffer as text: hand it one that is terminated.
             options.memoryBuffer = const_cast<char*>("<restart/>");
             break;
-        default: args.arg0 = (command == 32) ? name(in) : text(in); break;
+        default: args.arg0 = (command == LUM_WRITER_ENTITY_REFERENCE) ? name(in) : text(in); break;
         }
-        if (command == 1) args.arg0 = nullptr;
+        if (command == LUM_WRITER_CREATE) args.arg0 = nullptr;
         lumSAXWriterExecute(writer, command, &options, &args);
-        if (command == 4) writer = static_cast<SAXWriter*>(args.arg0);  // a fresh writer
+        // A reset answers a fresh writer.
+        if (command == LUM_WRITER_RESET) writer = static_cast<SAXWriter*>(args.arg0);
         lumSAXDeleteAttrList(list);
     }
-    lumSAXWriterExecute(writer, 22, &options, &args);
-    lumSAXWriterExecute(writer, 2, &options, &args);
+    lumSAXWriterExecute(writer, LUM_WRITER_END_DOCUMENT, &options, &args);
+    lumSAXWriterExecute(writer, LUM_WRITER_FREE, &options, &args);
     fuzz::releaseHostMemory();
     return 0;
 }

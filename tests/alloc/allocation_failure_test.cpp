@@ -126,34 +126,34 @@ TEST_F(AllocationFailure, LoadRunningOutOfMemoryUnderALimitAnswersUnexpectedExce
     int32_t code = 0;
     void* cell = nullptr;
     lumInitDocument(&cell, 1, buffer, &code);
-    ASSERT_EQ(code, 0);
+    ASSERT_EQ(code, LUM_OK);
     const int32_t limit = 50000;
     auto loadRich = [&] {
         buffer[0] = '\0';
         code = 0;
-        lumDocLoad(&cell, 0, 1, nullptr, nullptr, lumtest::kRichDocument,
+        lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, nullptr, lumtest::kRichDocument,
                    std::strlen(lumtest::kRichDocument), files->documentFile.c_str(), &limit, 0,
                    nullptr, buffer, &code);
     };
     heap::countFrom();
     loadRich();
     const int64_t total = heap::stopFailing();
-    ASSERT_EQ(code, 0) << buffer;
+    ASSERT_EQ(code, LUM_OK) << buffer;
     void* before = cell;
     heap::failFrom(total / 2, true);
     loadRich();
     heap::stopFailing();
-    EXPECT_EQ(code, 13);
+    EXPECT_EQ(code, LUM_ERR_UNEXPECTED);
     EXPECT_STREQ(buffer, "Unexpected exception");
     EXPECT_EQ(cell, before);
     void* args[4] = {nullptr, nullptr, nullptr, nullptr};
     void* root = nullptr;
     code = 0;
-    lumDocExecute(cell, 4, args, &root, buffer, &code);
-    EXPECT_EQ(code, 0);
+    lumDocExecute(cell, LUM_DOC_DOCUMENT_ELEMENT, args, &root, buffer, &code);
+    EXPECT_EQ(code, LUM_OK);
     EXPECT_NE(root, nullptr);
     loadRich();
-    EXPECT_EQ(code, 0) << buffer;
+    EXPECT_EQ(code, LUM_OK) << buffer;
     lumDocDelete(cell, buffer, &code);
 }
 

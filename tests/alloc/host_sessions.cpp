@@ -66,7 +66,7 @@ void SessionTrace::answer(int32_t code, const char* message) {
         fold(*d, &wide, sizeof wide);
         foldText(*d, message);
     }
-    if (code == 0) return;
+    if (code == LUM_OK) return;
     ++failures;
     lastCode = code;
     std::strncpy(lastMessage, message != nullptr ? message : "", sizeof lastMessage - 1);
@@ -111,7 +111,7 @@ int32_t nodeInt(void* node, int32_t method, SessionTrace& trace) {
     lumNodeExecute(node, method, args, &value, slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
     trace.mixNumber(value);
-    return slot.code == 0 ? value : 0;
+    return slot.code == LUM_OK ? value : 0;
 }
 
 void nodeText(void* node, int32_t method, SessionTrace& trace) {
@@ -121,20 +121,20 @@ void nodeText(void* node, int32_t method, SessionTrace& trace) {
     void* args[4] = {&limit, nullptr, nullptr, nullptr};
     lumNodeExecute(node, method, args, text, slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
-    if (slot.code == 0) trace.mixText(text);
+    if (slot.code == LUM_OK) trace.mixText(text);
 }
 
 void walk(void* node, SessionTrace& trace) {
-    nodeInt(node, 18, trace);   // type
-    nodeText(node, 21, trace);  // name
-    nodeText(node, 19, trace);  // value
-    const int32_t count = nodeInt(node, 5, trace);
+    nodeInt(node, LUM_NODE_TYPE_CODE, trace);   // type
+    nodeText(node, LUM_NODE_NAME, trace);  // name
+    nodeText(node, LUM_NODE_VALUE, trace);  // value
+    const int32_t count = nodeInt(node, LUM_NODE_CHILD_COUNT, trace);
     for (int32_t i = 0; i < count; ++i) {
         Slot slot;
         int32_t index = i;
         void* args[4] = {&index, nullptr, nullptr, nullptr};
         void* child = nullptr;
-        lumNodeExecute(node, 8, args, &child, slot.clear().buffer, &slot.code);
+        lumNodeExecute(node, LUM_NODE_CHILD_AT, args, &child, slot.clear().buffer, &slot.code);
         trace.answer(slot.code, slot.buffer);
         if (child != nullptr) walk(child, trace);
     }
@@ -151,20 +151,21 @@ void domSession(const SessionFiles& files, SessionTrace& trace) {
 
     char encoding[257] = "";
     const int32_t limit = 50000;
-    lumDocLoad(&cell, 0, 1, encoding, nullptr, kRichDocument, sizeof kRichDocument - 1,
-               files.documentFile.c_str(), &limit, 0, nullptr, slot.clear().buffer, &slot.code);
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, kRichDocument,
+               sizeof kRichDocument - 1, files.documentFile.c_str(), &limit, 0, nullptr,
+               slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
     trace.mixText(encoding);
 
     void* args[4] = {nullptr, nullptr, nullptr, nullptr};
     void* root = nullptr;
-    lumDocExecute(cell, 4, args, &root, slot.clear().buffer, &slot.code);
+    lumDocExecute(cell, LUM_DOC_DOCUMENT_ELEMENT, args, &root, slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
     if (root != nullptr) walk(root, trace);
 
     void* block = nullptr;
     uint32_t length = 0;
-    lumDocSave(&cell, 1, 0, 0, 0, nullptr, nullptr, &block, &length, 0, nullptr,
+    lumDocSave(&cell, LUM_SAVE_TO_MEMORY, 0, 0, 0, nullptr, nullptr, &block, &length, 0, nullptr,
                slot.clear().buffer, &slot.code);
     trace.answer(slot.code, slot.buffer);
     if (block != nullptr) trace.mix(block, length);
@@ -179,14 +180,14 @@ void domSession(const SessionFiles& files, SessionTrace& trace) {
 void pullSession(const SessionFiles& files, SessionTrace& trace) {
     SaxParserInstance record;
     std::memset(&record, 0, sizeof record);
-    record.inputKind = 0;
+    record.inputKind = LUM_SAX_INPUT_FILE;
     record.fileName = files.documentFile.c_str();
     record.entityExpansionLimit = 50000;
     int32_t more = lumSAXParseFirst(&record);
     for (int steps = 0; steps < 10000; ++steps) {
         trace.mixNumber(more);
         trace.answer(record.errorCode, record.errorText);
-        if (more != 1) break;
+        if (more != LUM_SAX_MORE) break;
         if (const SaxEvent* event = record.eventHead) {
             trace.mixNumber(event->kind);
             trace.mixText(event->name);
@@ -222,7 +223,7 @@ struct WriterRun {
              const void* a2 = nullptr, const void* a3 = nullptr) {
         const int32_t result = writerCommand(writer, options, command, a0, a1, a2, a3);
         // The writer's codes are its message: a host reads them as they are.
-        trace.answer(result, result != 0 ? "writer code" : "");
+        trace.answer(result, result != LUM_WRITER_OK ? "writer code" : "");
     }
 };
 
@@ -258,30 +259,30 @@ void attributeListSession(SessionTrace& trace) {
 
 void writerSession(SaxAttrList* attributes, SessionTrace& trace) {
     WriterRun w(trace);
-    w.run(1);
+    w.run(LUM_WRITER_CREATE);
     if (w.writer == nullptr) return;
     w.options.version = "1.0";
     w.options.encoding = "UTF-8";
     w.options.strict = 1;
-    w.options.outputKind = 5;
-    w.run(21);
-    w.run(31, "doc", "-//lumxml//test//EN", "doc.dtd");
-    w.run(23, "doc", nullptr, attributes);
-    w.run(11, "urn:p", "p");
-    w.run(11, "urn:q", "q");
-    w.run(10, "c", "<v>", nullptr);
-    w.run(25, "text & more \xC3\xA9");
-    w.run(28, "a comment");
-    w.run(29, "target", "data");
-    w.run(33, "raw <text>");
-    w.run(32, "amp");
-    w.run(27, "q:e", "data", "urn:q", nullptr);
-    w.run(26, "empty", nullptr, nullptr, nullptr);
-    w.run(24, "doc", nullptr);
-    w.run(22);
+    w.options.outputKind = LUM_WRITER_TO_MEMORY;
+    w.run(LUM_WRITER_OPEN);
+    w.run(LUM_WRITER_DOCTYPE, "doc", "-//lumxml//test//EN", "doc.dtd");
+    w.run(LUM_WRITER_START_ELEMENT, "doc", nullptr, attributes);
+    w.run(LUM_WRITER_DECLARE_NAMESPACE, "urn:p", "p");
+    w.run(LUM_WRITER_DECLARE_NAMESPACE, "urn:q", "q");
+    w.run(LUM_WRITER_ADD_ATTRIBUTE, "c", "<v>", nullptr);
+    w.run(LUM_WRITER_CHARACTERS, "text & more \xC3\xA9");
+    w.run(LUM_WRITER_COMMENT, "a comment");
+    w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "target", "data");
+    w.run(LUM_WRITER_CDATA, "raw <text>");
+    w.run(LUM_WRITER_ENTITY_REFERENCE, "amp");
+    w.run(LUM_WRITER_DATA_ELEMENT, "q:e", "data", "urn:q", nullptr);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "empty", nullptr, nullptr, nullptr);
+    w.run(LUM_WRITER_END_ELEMENT, "doc", nullptr);
+    w.run(LUM_WRITER_END_DOCUMENT);
     if (w.options.memoryBuffer != nullptr && w.options.memoryLength != nullptr)
         trace.mix(w.options.memoryBuffer, *w.options.memoryLength);
-    w.run(2);
+    w.run(LUM_WRITER_FREE);
     std::free(w.options.memoryBuffer);
 }
 

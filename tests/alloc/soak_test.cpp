@@ -42,7 +42,7 @@ struct PathCounts {
 };
 PathCounts paths;
 
-void note(int32_t code) { (code == 0 ? paths.ok : paths.failed)++; }
+void note(int32_t code) { (code == LUM_OK ? paths.ok : paths.failed)++; }
 
 // One call of lumDocExecute or lumNodeExecute with up to four arguments.
 int32_t execute(void (*call)(void*, int32_t, void**, void*, char*, int32_t*), void* target,
@@ -121,27 +121,34 @@ void documentLoads() {
     const int32_t noEntities = 0;
     const char* directories[3] = {files->entityDirectory.c_str(), nullptr, nullptr};
     const char* schemaPair[3] = {nullptr, "urn:x missing.xsd", "missing.xsd"};
-    load(&cell, 0, 0, files->good.c_str(), "");
-    load(&cell, 0, 0, files->broken.c_str(), "");                 // fatal error, code 10
-    load(&cell, 1, 0, files->invalid.c_str(), "");                // validity error, code 9
-    load(&cell, 0, 0, files->withDtd.c_str(), "");                // external DTD
-    load(&cell, 0, 0, (files->dir.path() + "/missing.xml").c_str(), "");  // code 3
-    load(&cell, 0, 0, nullptr, "");                               // null name
-    load(&cell, 0, 0, "//server/share/none.xml", "");             // network form
-    load(&cell, 0, 1, nullptr, "<r xmlns:p='urn:p'><p:c/></r>");
-    load(&cell, 2, 1, nullptr, "<p:r/>");                         // namespaces off
-    load(&cell, 0, 1, nullptr, "<r><unclosed></r>");
-    load(&cell, 0, 1, nullptr, "<q:r/>");                          // unbound prefix
-    load(&cell, 0, 1, nullptr, "");                                // empty memory
-    load(&cell, 0, 1, nullptr, files->viaDirectory, nullptr, nullptr, directories);
-    load(&cell, 4, 1, nullptr, files->viaDirectory, nullptr, nullptr, directories);
-    load(&cell, 4, 1, nullptr, files->viaDirectory);               // not found: code 10
-    load(&cell, 0, 1, nullptr, "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;&a;&a;'>]><r>&b;</r>",
-         nullptr, &limit);                                         // limit reached
-    load(&cell, 0, 1, nullptr, "<!DOCTYPE r [<!ENTITY a 'x'>]><r>&a;</r>", nullptr, &noEntities);
-    load(&cell, 1, 1, nullptr, "<r/>", nullptr, nullptr, schemaPair);
-    load(&cell, 0, 1, nullptr, "<r/>", files->withDtd.c_str());
-    load(nullptr, 0, 0, files->withDtd.c_str(), "");              // no cell
+    load(&cell, 0, LUM_LOAD_FROM_FILE, files->good.c_str(), "");
+    load(&cell, 0, LUM_LOAD_FROM_FILE, files->broken.c_str(), "");  // fatal error, code 10
+    // validity error, code 9
+    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_FILE, files->invalid.c_str(), "");
+    load(&cell, 0, LUM_LOAD_FROM_FILE, files->withDtd.c_str(), "");  // external DTD
+    load(&cell, 0, LUM_LOAD_FROM_FILE, (files->dir.path() + "/missing.xml").c_str(), "");  // code 3
+    load(&cell, 0, LUM_LOAD_FROM_FILE, nullptr, "");  // null name
+    load(&cell, 0, LUM_LOAD_FROM_FILE, "//server/share/none.xml", "");  // network form
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<r xmlns:p='urn:p'><p:c/></r>");
+    load(&cell, LUM_LOAD_NO_NAMESPACES, LUM_LOAD_FROM_MEMORY, nullptr, "<p:r/>");  // namespaces off
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<r><unclosed></r>");
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<q:r/>");  // unbound prefix
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "");  // empty memory
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, files->viaDirectory, nullptr, nullptr,
+         directories);
+    load(&cell, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, nullptr,
+         files->viaDirectory, nullptr, nullptr, directories);
+    load(&cell, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, nullptr,
+         files->viaDirectory);  // not found: code 10
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr,
+         "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;&a;&a;'>]><r>&b;</r>", nullptr,
+         &limit);  // limit reached
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<!DOCTYPE r [<!ENTITY a 'x'>]><r>&a;</r>",
+         nullptr, &noEntities);
+    load(&cell, LUM_LOAD_VALIDATE, LUM_LOAD_FROM_MEMORY, nullptr, "<r/>", nullptr, nullptr,
+         schemaPair);
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr, "<r/>", files->withDtd.c_str());
+    load(nullptr, 0, LUM_LOAD_FROM_FILE, files->withDtd.c_str(), "");  // no cell
     deleteDocument(cell);
     lumDocDelete(nullptr, nullptr, nullptr);
 }
@@ -155,11 +162,11 @@ void saves(void* cell, void* element) {
     Slot slot;
     void* block = nullptr;
     uint32_t length = 0;
-    for (int32_t target : {0, 1, 3, 6, 9}) {
+    for (int32_t target : {LUM_SAVE_TO_FILE, LUM_SAVE_TO_MEMORY, 3, LUM_SAVE_NODE_TO_MEMORY, 9}) {
         for (const char* encoding : {(const char*)nullptr, "UTF-8", "ISO-8859-1", "UTF-16", "bogus"}) {
             slot.clear();
             block = nullptr;
-            void* saveCell = target == 6 ? element : cell;
+            void* saveCell = target == LUM_SAVE_NODE_TO_MEMORY ? element : cell;
             std::string stream;
             lumDocSave(&saveCell, target, 1, 1, 0, encoding, files->saved.c_str(), &block, &length,
                        reinterpret_cast<int64_t>(&stream), encoding != nullptr ? appendToString : nullptr,
@@ -170,128 +177,176 @@ void saves(void* cell, void* element) {
     }
     const lum_wchar_t wide[] = {'/', 'n', 'o', '/', 's', 'u', 'c', 'h', 0};
     slot.clear();
-    lumDocSaveW(&cell, 0, 0, 0, 0, nullptr, wide, &block, &length, 0, nullptr, slot.buffer,
-                &slot.code);
+    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, wide, &block, &length, 0, nullptr,
+                slot.buffer, &slot.code);
     note(slot.code);
 }
 
 void documentMethods() {
     void* cell = newDocument();
-    load(&cell, 0, 1, nullptr,
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr,
          "<!DOCTYPE r PUBLIC 'pub' 'sys' [<!ELEMENT r ANY>]>"
          "<r xmlns:p='urn:p' a='1' p:b='2'>text<c>x</c><!--n--><?pi d?></r>");
     void* root = nullptr;
-    doc(cell, 4, nullptr, nullptr, nullptr, nullptr, &root);
+    doc(cell, LUM_DOC_DOCUMENT_ELEMENT, nullptr, nullptr, nullptr, nullptr, &root);
     for (int32_t type = 0; type <= 13; ++type) {
         void* made = nullptr;
-        doc(cell, 1, const_cast<char*>("n"), &type, nullptr, nullptr, &made);
-        doc(cell, 1, const_cast<char*>("1bad"), &type);  // bad name
-        doc(cell, 1, const_cast<char*>(""), &type);
+        doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("n"), &type, nullptr, nullptr, &made);
+        doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("1bad"), &type);  // bad name
+        doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>(""), &type);
         int32_t nsType = type;
-        doc(cell, 30, const_cast<char*>("urn:n"), const_cast<char*>("p:n"), &nsType);
-        doc(cell, 30, nullptr, const_cast<char*>("p:n"), &nsType);  // namespace error
-        doc(cell, 30, const_cast<char*>("urn:n"), const_cast<char*>("xml:n"), &nsType);
+        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("p:n"),
+            &nsType);
+        // a namespace error
+        doc(cell, LUM_DOC_CREATE_NODE_NS, nullptr, const_cast<char*>("p:n"), &nsType);
+        doc(cell, LUM_DOC_CREATE_NODE_NS, const_cast<char*>("urn:n"), const_cast<char*>("xml:n"),
+            &nsType);
     }
     int32_t index = 0, bad = 50, limit = 3, big = 1000, deep = 1;
-    doc(cell, 3);
-    doc(cell, 5);
-    doc(cell, 6);
-    doc(cell, 7);
-    doc(cell, 8, &index);
-    doc(cell, 8, &bad);
-    doc(cell, 9, &deep);
-    doc(cell, 17);
-    doc(cell, 18);
-    doc(cell, 19, &big);
-    doc(cell, 20, const_cast<char*>("v"));
-    doc(cell, 21, &big);
-    doc(cell, 21, &limit);
-    doc(cell, 22, root, &deep);
-    doc(cell, 22, nullptr, &deep);
-    doc(cell, 23);
-    doc(cell, 32, &big);
-    doc(cell, 32, &limit);
-    doc(cell, 33, &big);
+    doc(cell, LUM_NODE_REMOVE);
+    doc(cell, LUM_DOC_CHILD_COUNT);
+    doc(cell, LUM_NODE_INDEX_IN_PARENT);
+    doc(cell, LUM_DOC_PARENT);
+    doc(cell, LUM_DOC_CHILD_AT, &index);
+    doc(cell, LUM_DOC_CHILD_AT, &bad);
+    doc(cell, LUM_DOC_CLONE, &deep);
+    doc(cell, LUM_DOC_OWNER_HANDLE);
+    doc(cell, LUM_DOC_TYPE_CODE);
+    doc(cell, LUM_DOC_VALUE, &big);
+    doc(cell, LUM_DOC_SET_VALUE, const_cast<char*>("v"));
+    doc(cell, LUM_DOC_NAME, &big);
+    doc(cell, LUM_DOC_NAME, &limit);
+    doc(cell, LUM_DOC_IMPORT_NODE, root, &deep);
+    doc(cell, LUM_DOC_IMPORT_NODE, nullptr, &deep);
+    doc(cell, LUM_NODE_NORMALIZE);
+    doc(cell, LUM_DOC_DOCTYPE_PUBLIC_ID, &big);
+    doc(cell, LUM_DOC_DOCTYPE_PUBLIC_ID, &limit);
+    doc(cell, LUM_DOC_DOCTYPE_SYSTEM_ID, &big);
     doc(cell, 99);
     doc(cell, -1);
     // Children of the document: append, replace and remove an element.
-    int32_t elementType = 1;
+    int32_t elementType = LUM_NODE_ELEMENT;
     void* extra = nullptr;
-    doc(cell, 1, const_cast<char*>("extra"), &elementType, nullptr, nullptr, &extra);
-    doc(cell, 2, extra, nullptr);  // a second document element: DOM error
-    doc(cell, 10, extra);          // not a child: DOM error
-    doc(cell, 11, extra, root);
-    doc(cell, 11, root, extra);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("extra"), &elementType, nullptr, nullptr,
+        &extra);
+    doc(cell, LUM_DOC_INSERT_BEFORE, extra, nullptr);  // a second document element: DOM error
+    doc(cell, LUM_DOC_REMOVE_CHILD, extra);          // not a child: DOM error
+    doc(cell, LUM_DOC_REPLACE_CHILD, extra, root);
+    doc(cell, LUM_DOC_REPLACE_CHILD, root, extra);
     saves(cell, root);
     deleteDocument(cell);
 }
 
 void nodeMethods() {
     void* cell = newDocument();
-    load(&cell, 0, 1, nullptr,
+    load(&cell, 0, LUM_LOAD_FROM_MEMORY, nullptr,
          "<r xmlns:p='urn:p' a='1' p:b='2'>text<c>x</c><c>y</c><!--n--></r>");
     void* root = nullptr;
-    doc(cell, 4, nullptr, nullptr, nullptr, nullptr, &root);
-    int32_t zero = 0, one = 1, bad = 50, big = 1000, small = 2, elementType = 1, attrType = 2;
+    doc(cell, LUM_DOC_DOCUMENT_ELEMENT, nullptr, nullptr, nullptr, nullptr, &root);
+    int32_t zero = 0, one = 1, bad = 50, big = 1000, small = 2;
+    int32_t elementType = LUM_NODE_ELEMENT, attrType = LUM_NODE_ATTRIBUTE;
     void* child = nullptr;
-    node(root, 8, &one, nullptr, nullptr, &child);
+    node(root, LUM_NODE_CHILD_AT, &one, nullptr, nullptr, &child);
     void* made = nullptr;
-    doc(cell, 1, const_cast<char*>("made"), &elementType, nullptr, nullptr, &made);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("made"), &elementType, nullptr, nullptr,
+        &made);
     void* attribute = nullptr;
-    doc(cell, 1, const_cast<char*>("at"), &attrType, nullptr, nullptr, &attribute);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("at"), &attrType, nullptr, nullptr,
+        &attribute);
     for (int32_t method = 0; method <= 41; ++method) {
         switch (method) {
-            case 2: node(root, 2, made, nullptr); node(root, 2, root, nullptr); break;
-            case 3: break;  // below, on a node of its own
-            case 8: node(root, 8, &zero); node(root, 8, &bad); break;
-            case 9: node(root, 9, &one); node(root, 9, &zero); break;
-            case 10: node(root, 10, made); node(root, 10, made); break;
-            case 11: node(root, 11, made, child); node(root, 11, child, made); break;
-            case 12: node(root, 12, &big); node(root, 12, &small); break;
-            case 13: node(root, 13, const_cast<char*>("a"), &big);
-                     node(root, 13, const_cast<char*>("a"), &zero); break;
-            case 14: node(root, 14, const_cast<char*>("n"), const_cast<char*>("v"));
-                     node(root, 14, const_cast<char*>("1bad"), const_cast<char*>("v"));
-                     node(child, 14, const_cast<char*>("n"), const_cast<char*>("v")); break;
-            case 15: node(root, 15, const_cast<char*>("n")); break;
-            case 16: node(root, 16, attribute); break;  // not its attribute: DOM error
-            case 19: case 21: case 26: case 27: case 28:
-                node(root, method, &big); node(root, method, &zero); break;
-            case 20: node(root, 20, const_cast<char*>("v")); node(child, 20, const_cast<char*>("v"));
-                     break;
-            case 29: node(root, 29, const_cast<char*>("p")); node(root, 29, const_cast<char*>("1bad"));
-                     break;
-            case 34: node(root, 34, attribute); node(root, 34, attribute); break;
-            case 35: node(root, 35, const_cast<char*>("a")); node(root, 35, const_cast<char*>("none"));
-                     break;
-            case 36: {
+            case LUM_NODE_INSERT_BEFORE:
+                node(root, method, made, nullptr);
+                node(root, method, root, nullptr);
+                break;
+            case LUM_NODE_REMOVE: break;  // below, on a node of its own
+            case LUM_NODE_CHILD_AT:
+                node(root, method, &zero);
+                node(root, method, &bad);
+                break;
+            case LUM_NODE_CLONE:
+                node(root, method, &one);
+                node(root, method, &zero);
+                break;
+            case LUM_NODE_REMOVE_CHILD:
+                node(root, method, made);
+                node(root, method, made);
+                break;
+            case LUM_NODE_REPLACE_CHILD:
+                node(root, method, made, child);
+                node(root, method, child, made);
+                break;
+            case LUM_NODE_ATTRIBUTE_NAMES:
+                node(root, method, &big);
+                node(root, method, &small);
+                break;
+            case LUM_NODE_ATTRIBUTE_VALUE:
+                node(root, method, const_cast<char*>("a"), &big);
+                node(root, method, const_cast<char*>("a"), &zero);
+                break;
+            case LUM_NODE_SET_ATTRIBUTE:
+                node(root, method, const_cast<char*>("n"), const_cast<char*>("v"));
+                node(root, method, const_cast<char*>("1bad"), const_cast<char*>("v"));
+                node(child, method, const_cast<char*>("n"), const_cast<char*>("v"));
+                break;
+            case LUM_NODE_REMOVE_ATTRIBUTE: node(root, method, const_cast<char*>("n")); break;
+            case LUM_NODE_REMOVE_ATTRIBUTE_NODE:
+                node(root, method, attribute);  // not its attribute: DOM error
+                break;
+            case LUM_NODE_VALUE:
+            case LUM_NODE_NAME:
+            case LUM_NODE_NAMESPACE_URI:
+            case LUM_NODE_PREFIX:
+            case LUM_NODE_LOCAL_NAME:
+                node(root, method, &big);
+                node(root, method, &zero);
+                break;
+            case LUM_NODE_SET_VALUE:
+                node(root, method, const_cast<char*>("v"));
+                node(child, method, const_cast<char*>("v"));
+                break;
+            case LUM_NODE_SET_PREFIX:
+                node(root, method, const_cast<char*>("p"));
+                node(root, method, const_cast<char*>("1bad"));
+                break;
+            case LUM_NODE_SET_ATTRIBUTE_NODE:
+                node(root, method, attribute);
+                node(root, method, attribute);
+                break;
+            case LUM_NODE_ATTRIBUTE_NODE:
+                node(root, method, const_cast<char*>("a"));
+                node(root, method, const_cast<char*>("none"));
+                break;
+            case LUM_NODE_WHOLE_VALUE: {
                 char* whole = nullptr;
                 int32_t length = 0;
-                node(child, 36, &whole, &length);
-                node(child, 38, &whole);
+                node(child, LUM_NODE_WHOLE_VALUE, &whole, &length);
+                node(child, LUM_NODE_RELEASE_VALUE, &whole);
                 break;
             }
-            case 37: {
+            case LUM_NODE_SET_VALUE_COUNTED: {
                 int32_t count = 3;
-                node(child, 37, const_cast<char*>("abc"), &count);
+                node(child, method, const_cast<char*>("abc"), &count);
                 int32_t negative = -1;
-                node(child, 37, const_cast<char*>("abc"), &negative);
+                node(child, method, const_cast<char*>("abc"), &negative);
                 break;
             }
-            case 38: break;  // with 36
-            case 39: node(root, 39, const_cast<char*>("urn:p"), const_cast<char*>("b"), &big);
-                     node(root, 39, const_cast<char*>("urn:p"), const_cast<char*>("b"), &zero);
-                     break;
+            case LUM_NODE_RELEASE_VALUE: break;  // with LUM_NODE_WHOLE_VALUE
+            case LUM_NODE_ATTRIBUTE_NS:
+                node(root, method, const_cast<char*>("urn:p"), const_cast<char*>("b"), &big);
+                node(root, method, const_cast<char*>("urn:p"), const_cast<char*>("b"), &zero);
+                break;
             default: node(root, method); break;
         }
     }
-    // Method 3 releases a node of the tree; a detached one is left alone.
+    // LUM_NODE_REMOVE releases a node of the tree; a detached one is left alone.
     void* victim = nullptr;
-    node(root, 8, &one, nullptr, nullptr, &victim);
-    node(victim, 3);
+    node(root, LUM_NODE_CHILD_AT, &one, nullptr, nullptr, &victim);
+    node(victim, LUM_NODE_REMOVE);
     void* loose = nullptr;
-    doc(cell, 1, const_cast<char*>("loose"), &elementType, nullptr, nullptr, &loose);
-    node(loose, 3);
+    doc(cell, LUM_DOC_CREATE_NODE, const_cast<char*>("loose"), &elementType, nullptr, nullptr,
+        &loose);
+    node(loose, LUM_NODE_REMOVE);
     lumNodeDelete();
     char name[64];
     for (int32_t type = -1; type <= 14; ++type) lumTypeToChar(type, name);
@@ -321,8 +376,8 @@ int32_t supplySource() {
 }
 
 void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t flags = 0,
-          int32_t limit = -1, const char* searchPath = nullptr, ResolveEntityFn callback = nullptr,
-          int stopAfter = 100000) {
+          int32_t limit = LUM_SAX_NO_ENTITY_LIMIT, const char* searchPath = nullptr,
+          ResolveEntityFn callback = nullptr,          int stopAfter = 100000) {
     SaxParserInstance record;
     std::memset(&record, 0, sizeof record);
     record.inputKind = kind;
@@ -335,7 +390,8 @@ void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t fla
     record.resolveEntityCallback = callback;
     driving = &record;
     int steps = 0;
-    for (int32_t more = lumSAXParseFirst(&record); more == 1 && steps < stopAfter; ++steps) {
+    for (int32_t more = lumSAXParseFirst(&record); more == LUM_SAX_MORE && steps < stopAfter;
+         ++steps) {
         note(record.errorCode);
         // Cleared by the host as well: only an event alone in the queue, as
         // clearing one zeroes its link to the events queued behind it.
@@ -352,29 +408,36 @@ void pull(int32_t kind, const char* file, const std::string& bytes, uint32_t fla
 void pullReads() {
     const std::string rich(lumtest::kRichDocument);
     const std::string bomb = "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;&a;'>]><r>&b;&b;</r>";
-    pull(1, nullptr, "<r a='1' xmlns:p='urn:p'><p:c>t</p:c><!--c--><?pi d?></r>");
-    pull(5, nullptr, "<r><c></r>");                                   // fatal error events
-    pull(1, nullptr, rich, 1);                                         // namespaces off
-    pull(0, files->withDtd.c_str(), "", 2);                            // external DTD, validating
-    pull(0, files->invalid.c_str(), "", 2);                            // validity errors
-    pull(0, (files->dir.path() + "/missing.xml").c_str(), "");        // cannot open
-    pull(0, nullptr, "");                                              // no file
-    pull(7, nullptr, "<r/>");                                          // refused kind
-    pull(1, nullptr, files->viaDirectory, 4, -1, files->entityDirectory.c_str());
-    pull(1, nullptr, files->viaDirectory, 4);                          // not found
-    pull(1, nullptr, bomb, 0, 2);                                      // limit reached
+    pull(LUM_SAX_INPUT_MEMORY, nullptr,
+         "<r a='1' xmlns:p='urn:p'><p:c>t</p:c><!--c--><?pi d?></r>");
+    pull(LUM_SAX_INPUT_BUFFER, nullptr, "<r><c></r>");  // fatal error events
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, rich, LUM_SAX_NO_NAMESPACES);  // namespaces off
+    // external DTD, validating
+    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", LUM_SAX_VALIDATE);
+    pull(LUM_SAX_INPUT_FILE, files->invalid.c_str(), "", LUM_SAX_VALIDATE);  // validity errors
+    pull(LUM_SAX_INPUT_FILE, (files->dir.path() + "/missing.xml").c_str(), "");  // cannot open
+    pull(LUM_SAX_INPUT_FILE, nullptr, "");  // no file
+    pull(7, nullptr, "<r/>");  // refused kind
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, files->viaDirectory, LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION,
+         LUM_SAX_NO_ENTITY_LIMIT, files->entityDirectory.c_str());
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, files->viaDirectory,
+         LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION);  // not found
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, bomb, 0, 2);  // limit reached
     callbackSource = "<!ENTITY here 'from the host'>";
-    pull(1, nullptr, files->viaDirectory, 0, -1, nullptr, supplySource);
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, files->viaDirectory, 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr,
+         supplySource);
     callbackSource.clear();
-    pull(1, nullptr, files->viaDirectory, 0, -1, nullptr, supplySource);
-    pull(0, files->withDtd.c_str(), "", 0, -1, nullptr, nullptr, 2);  // abandoned half-way
+    pull(LUM_SAX_INPUT_MEMORY, nullptr, files->viaDirectory, 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr,
+         supplySource);
+    pull(LUM_SAX_INPUT_FILE, files->withDtd.c_str(), "", 0, LUM_SAX_NO_ENTITY_LIMIT, nullptr,
+         nullptr, 2);  // abandoned half-way
     for (const std::string& file : {files->withDtd, files->invalid, files->broken}) {
         for (uint32_t flags : {0u, 2u}) {
             SaxParserInstance record;
             std::memset(&record, 0, sizeof record);
             record.fileName = file.c_str();
             record.flags = flags;
-            record.entityExpansionLimit = -1;
+            record.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
             record.searchPath = files->entityDirectory.c_str();
             lumSAXParse(&record);
             note(record.errorCode);
@@ -406,9 +469,9 @@ struct Writer {
     WriterOptions options{};
     std::string stream;
 
-    Writer() { run(1); }
+    Writer() { run(LUM_WRITER_CREATE); }
     ~Writer() {
-        run(2);
+        run(LUM_WRITER_FREE);
         std::free(options.memoryBuffer);
     }
     int32_t run(int32_t command, const void* a0 = nullptr, const void* a1 = nullptr,
@@ -433,66 +496,67 @@ void writerDocument(int32_t kind, bool strict, bool fragment, const char* encodi
     SaxAttrList* list = nullptr;
     lumSAXInsertAttribute(&list, "p:a", "1 < 2", "urn:p", "CDATA");
     lumSAXInsertAttribute(&list, "b", "\"q\"", nullptr, "CDATA");
-    w.run(23, "early");  // refused before the output is open
-    w.run(21);
-    w.run(31, "doc", "-//pub//EN", "doc.dtd");
-    w.run(23, "doc", nullptr, list);
-    w.run(11, "urn:p", "p");
-    w.run(11, "urn:q", "q");
-    w.run(10, "c", "<v>", nullptr);
-    w.run(10, "q:d", "v", "urn:q");
-    w.run(10, "1bad", "v", nullptr);  // strict: bad name
-    w.run(25, "text & more \xC3\xA9");
-    w.run(28, "a comment");
-    w.run(29, "target", "data");
-    w.run(29, "xml", "data");
-    w.run(33, "raw <text>");
-    w.run(33, "bad ]]> cdata");
-    w.run(32, "amp");
-    w.run(32, "1bad");
-    w.run(30, "<raw/>");
-    w.run(27, "q:e", "data", "urn:q", list);
-    w.run(26, "empty", nullptr, nullptr, nullptr);
-    w.run(12);
-    w.run(24, "other", nullptr);  // mismatched end
-    w.run(24, "doc", nullptr);
-    w.run(23, "second");          // strict: a second root
-    w.run(25, "outside");
-    w.run(3);
-    w.run(22);
-    w.run(22);
+    w.run(LUM_WRITER_START_ELEMENT, "early");  // refused before the output is open
+    w.run(LUM_WRITER_OPEN);
+    w.run(LUM_WRITER_DOCTYPE, "doc", "-//pub//EN", "doc.dtd");
+    w.run(LUM_WRITER_START_ELEMENT, "doc", nullptr, list);
+    w.run(LUM_WRITER_DECLARE_NAMESPACE, "urn:p", "p");
+    w.run(LUM_WRITER_DECLARE_NAMESPACE, "urn:q", "q");
+    w.run(LUM_WRITER_ADD_ATTRIBUTE, "c", "<v>", nullptr);
+    w.run(LUM_WRITER_ADD_ATTRIBUTE, "q:d", "v", "urn:q");
+    w.run(LUM_WRITER_ADD_ATTRIBUTE, "1bad", "v", nullptr);  // strict: bad name
+    w.run(LUM_WRITER_CHARACTERS, "text & more \xC3\xA9");
+    w.run(LUM_WRITER_COMMENT, "a comment");
+    w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "target", "data");
+    w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml", "data");
+    w.run(LUM_WRITER_CDATA, "raw <text>");
+    w.run(LUM_WRITER_CDATA, "bad ]]> cdata");
+    w.run(LUM_WRITER_ENTITY_REFERENCE, "amp");
+    w.run(LUM_WRITER_ENTITY_REFERENCE, "1bad");
+    w.run(LUM_WRITER_RAW_TEXT, "<raw/>");
+    w.run(LUM_WRITER_DATA_ELEMENT, "q:e", "data", "urn:q", list);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "empty", nullptr, nullptr, nullptr);
+    w.run(LUM_WRITER_RESTART_MEMORY);
+    w.run(LUM_WRITER_END_ELEMENT, "other", nullptr);  // mismatched end
+    w.run(LUM_WRITER_END_ELEMENT, "doc", nullptr);
+    w.run(LUM_WRITER_START_ELEMENT, "second");          // strict: a second root
+    w.run(LUM_WRITER_CHARACTERS, "outside");
+    w.run(LUM_WRITER_GET_STATE);
+    w.run(LUM_WRITER_END_DOCUMENT);
+    w.run(LUM_WRITER_END_DOCUMENT);
     lumSAXDeleteAttrList(list);
 }
 
 void writers() {
-    for (int32_t kind : {1, 2, 3, 4, 5, 0}) {
+    for (int32_t kind : {LUM_WRITER_TO_FILE, LUM_WRITER_TO_MEMORY_WITH_BOM, LUM_WRITER_TO_STREAM, 4,
+                         LUM_WRITER_TO_MEMORY, 0}) {
         for (bool strict : {false, true}) {
             writerDocument(kind, strict, false, "UTF-8");
             writerDocument(kind, strict, true, "ISO-8859-1");
         }
     }
-    writerDocument(5, false, false, "UTF-16");
-    writerDocument(5, false, false, "bogus-encoding");
+    writerDocument(LUM_WRITER_TO_MEMORY, false, false, "UTF-16");
+    writerDocument(LUM_WRITER_TO_MEMORY, false, false, "bogus-encoding");
     {
         Writer w;
-        w.run(4);   // made again
-        w.run(5);   // failed on purpose
-        w.run(23, "r");
-        w.run(3);
+        w.run(LUM_WRITER_RESET);   // made again
+        w.run(LUM_WRITER_STOP);   // failed on purpose
+        w.run(LUM_WRITER_START_ELEMENT, "r");
+        w.run(LUM_WRITER_GET_STATE);
     }
     {
         Writer w;
-        w.options.outputKind = 1;
+        w.options.outputKind = LUM_WRITER_TO_FILE;
         w.options.fileName = "/no/such/dir/out.xml";
-        w.run(21);
+        w.run(LUM_WRITER_OPEN);
     }
     {
         Writer w;
-        w.options.outputKind = 5;
+        w.options.outputKind = LUM_WRITER_TO_MEMORY;
         w.options.strict = 1;
-        w.run(21);
-        w.run(23, "r");
-        w.run(22);  // an element still open
+        w.run(LUM_WRITER_OPEN);
+        w.run(LUM_WRITER_START_ELEMENT, "r");
+        w.run(LUM_WRITER_END_DOCUMENT);  // an element still open
     }
     lumSAXWriterExecute(nullptr, 7, nullptr, nullptr);
 }
@@ -567,12 +631,15 @@ TEST(Soak, NewDocumentWithTypeLeavesTheHeapFlat) {
     auto roundOf31 = [] {
         void* cell = newDocument();
         void* made = nullptr;
-        doc(cell, 31, const_cast<char*>("urn:r"), const_cast<char*>("p:r"),
+        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, const_cast<char*>("urn:r"), const_cast<char*>("p:r"),
             const_cast<char*>("pub"), const_cast<char*>("sys"), &made);
         if (made != nullptr) cell = made;
-        doc(cell, 31, nullptr, const_cast<char*>("p:r"), nullptr, nullptr, &made);  // namespace error
+        // a namespace error
+        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("p:r"), nullptr, nullptr,
+            &made);
         if (made != nullptr) cell = made;
-        doc(cell, 31, nullptr, const_cast<char*>("1bad"), nullptr, nullptr, &made);
+        doc(cell, LUM_DOC_NEW_WITH_DOCTYPE, nullptr, const_cast<char*>("1bad"), nullptr, nullptr,
+            &made);
         if (made != nullptr) cell = made;
         deleteDocument(cell);
     };

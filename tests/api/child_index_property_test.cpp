@@ -32,30 +32,30 @@ namespace {
 // ---- the minimal case ----------------------------------------------------------
 
 void* textNode(void* document, const char* value) {
-    void* text = createNode(document, "", 3);
-    nodeCall(text, 20, {const_cast<char*>(value)}, nullptr);
+    void* text = createNode(document, "", LUM_NODE_TEXT);
+    nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr);
     return text;
 }
 
 int32_t positionOf(void* node) {
     int32_t position = -5;
-    nodeCall(node, 6, {}, &position);
+    nodeCall(node, LUM_NODE_INDEX_IN_PARENT, {}, &position);
     return position;
 }
 
 TEST(ChildIndexes, ShallowCloneOfAFirstChildAppendedIsReadAtItsIndexAndPosition) {
     LibraryStarted started;
     HostDocument document;
-    void* r = createNode(document.cell, "r", 1);
-    docCall(document.cell, 2, {r, nullptr}, nullptr);
+    void* r = createNode(document.cell, "r", LUM_NODE_ELEMENT);
+    docCall(document.cell, LUM_DOC_INSERT_BEFORE, {r, nullptr}, nullptr);
     appendChild(r, textNode(document.cell, "a"));
-    void* x = createNode(document.cell, "x", 1);
-    void* y = createNode(document.cell, "y", 1);
+    void* x = createNode(document.cell, "x", LUM_NODE_ELEMENT);
+    void* y = createNode(document.cell, "y", LUM_NODE_ELEMENT);
     appendChild(r, x);
     appendChild(r, y);
     int32_t shallow = 0;
     void* clone = nullptr;
-    nodeCall(childOf(r, 0), 9, {&shallow}, &clone);
+    nodeCall(childOf(r, 0), LUM_NODE_CLONE, {&shallow}, &clone);
     appendChild(r, clone);
 
     EXPECT_EQ(childCountOf(r), 4);
@@ -63,8 +63,8 @@ TEST(ChildIndexes, ShallowCloneOfAFirstChildAppendedIsReadAtItsIndexAndPosition)
     EXPECT_EQ(childOf(r, 3), clone);
     void* atTwo = nullptr;
     int32_t two = 2;
-    Answer answer = nodeCall(r, 8, {&two}, &atTwo);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    Answer answer = nodeCall(r, LUM_NODE_CHILD_AT, {&two}, &atTwo);
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(atTwo, y);
     EXPECT_EQ(positionOf(clone), 3);
     EXPECT_EQ(positionOf(y), 2);
@@ -74,16 +74,17 @@ TEST(ChildIndexes, ShallowCloneOfAFirstChildAppendedIsReadAtItsIndexAndPosition)
 TEST(ChildIndexes, CloneOfAnAttributesTextAmongManyChildrenKeepsPositions) {
     LibraryStarted started;
     HostDocument document;
-    ASSERT_EQ(document.loadMemory("<r a='v'><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/></r>").code, 0);
+    ASSERT_EQ(document.loadMemory("<r a='v'><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/><k/></r>").code,
+              LUM_OK);
     void* r = documentElementOf(document.cell);
     void* attribute = nullptr;
-    nodeCall(r, 35, {const_cast<char*>("a")}, &attribute);
+    nodeCall(r, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("a")}, &attribute);
     ASSERT_NE(attribute, nullptr);
     int32_t deep = 1;
     void* clone = nullptr;
-    nodeCall(childOf(attribute, 0), 9, {&deep}, &clone);
+    nodeCall(childOf(attribute, 0), LUM_NODE_CLONE, {&deep}, &clone);
     void* middle = childOf(r, 6);
-    nodeCall(r, 2, {clone, middle}, nullptr);
+    nodeCall(r, LUM_NODE_INSERT_BEFORE, {clone, middle}, nullptr);
     EXPECT_EQ(childCountOf(r), 13);
     for (int32_t i = 12; i >= 0; --i) {
         void* child = childOf(r, i);
@@ -95,25 +96,25 @@ TEST(ChildIndexes, CloneOfAnAttributesTextAmongManyChildrenKeepsPositions) {
 TEST(ChildIndexes, ClonedProcessingInstructionAmongTheDocumentsChildren) {
     LibraryStarted started;
     HostDocument document;
-    ASSERT_EQ(document.loadMemory("<?p one?><r/><!--c-->").code, 0);
+    ASSERT_EQ(document.loadMemory("<?p one?><r/><!--c-->").code, LUM_OK);
     void* pi = nullptr;
     int32_t zero = 0;
-    docCall(document.cell, 8, {&zero}, &pi);
+    docCall(document.cell, LUM_DOC_CHILD_AT, {&zero}, &pi);
     int32_t shallow = 0;
     void* clone = nullptr;
-    nodeCall(pi, 9, {&shallow}, &clone);
-    docCall(document.cell, 2, {clone, nullptr}, nullptr);
+    nodeCall(pi, LUM_NODE_CLONE, {&shallow}, &clone);
+    docCall(document.cell, LUM_DOC_INSERT_BEFORE, {clone, nullptr}, nullptr);
     void* documentNode = static_cast<DOMNode*>(static_cast<DOMDocument*>(document.cell));
     EXPECT_EQ(childCountOf(documentNode), 4);
     EXPECT_EQ(positionOf(clone), 3);
     void* last = nullptr;
     int32_t three = 3;
-    docCall(document.cell, 8, {&three}, &last);
+    docCall(document.cell, LUM_DOC_CHILD_AT, {&three}, &last);
     EXPECT_EQ(last, clone);
     int32_t two = 2;
     void* comment = nullptr;
-    EXPECT_EQ(docCall(document.cell, 8, {&two}, &comment).code, 0);
-    EXPECT_EQ(typeOf(comment), 8);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CHILD_AT, {&two}, &comment).code, LUM_OK);
+    EXPECT_EQ(typeOf(comment), LUM_NODE_COMMENT);
 }
 
 // ---- the property test ---------------------------------------------------------
@@ -160,7 +161,7 @@ private:
 
     void load(HostDocument& document, int variant) {
         LoadAnswer answer = document.loadMemory(shape(variant));
-        if (answer.code != 0) fail("load: " + answer.message);
+        if (answer.code != LUM_OK) fail("load: " + answer.message);
     }
 
     uint32_t pick(uint32_t bound) { return bound == 0 ? 0 : random_() % bound; }
@@ -243,7 +244,7 @@ private:
     DOMNode* newcomer() {
         DOMDocument* document = static_cast<DOMDocument*>(main_.cell);
         switch (pick(8)) {
-        case 0: return static_cast<DOMNode*>(createNode(main_.cell, "n", 1));
+        case 0: return static_cast<DOMNode*>(createNode(main_.cell, "n", LUM_NODE_ELEMENT));
         case 1: return static_cast<DOMNode*>(textNode(main_.cell, "w"));
         case 2: {  // a clone of an attribute's text
             DOMElement* root = document->getDocumentElement();
@@ -265,7 +266,7 @@ private:
                 return nullptr;
             int32_t deep = static_cast<int32_t>(pick(2));
             void* copy = nullptr;
-            docCall(main_.cell, 22, {source, &deep}, &copy);
+            docCall(main_.cell, LUM_DOC_IMPORT_NODE, {source, &deep}, &copy);
             return static_cast<DOMNode*>(copy);
         }
         default: {  // a clone, shallow or deep, of a child (often a first child)
@@ -282,7 +283,7 @@ private:
     DOMNode* cloneOf(DOMNode* source, uint32_t deep) {
         int32_t flag = static_cast<int32_t>(deep);
         void* copy = nullptr;
-        nodeCall(source, 9, {&flag}, &copy);
+        nodeCall(source, LUM_NODE_CLONE, {&flag}, &copy);
         return static_cast<DOMNode*>(copy);
     }
 
@@ -294,7 +295,7 @@ private:
             DOMNode* parent = randomElementParent(main_.cell);
             DOMNode* node = newcomer();
             if (parent == nullptr || node == nullptr) return;
-            nodeCall(parent, 2, {node, referenceIn(parent)}, nullptr);
+            nodeCall(parent, LUM_NODE_INSERT_BEFORE, {node, referenceIn(parent)}, nullptr);
             return;
         }
         case 3: {  // move a child elsewhere (its old list changes too)
@@ -302,14 +303,14 @@ private:
             DOMNode* to = randomElementParent(main_.cell);
             DOMNode* moving = from != nullptr ? randomChild(from) : nullptr;
             if (moving == nullptr || to == nullptr || isAncestorOrSelf(moving, to)) return;
-            nodeCall(to, 2, {moving, referenceIn(to)}, nullptr);
+            nodeCall(to, LUM_NODE_INSERT_BEFORE, {moving, referenceIn(to)}, nullptr);
             return;
         }
         case 4: {  // remove, keep aside, put back later
             DOMNode* parent = randomElementParent(main_.cell);
             DOMNode* child = parent != nullptr ? randomChild(parent) : nullptr;
             if (child == nullptr) return;
-            nodeCall(parent, 10, {child}, nullptr);
+            nodeCall(parent, LUM_NODE_REMOVE_CHILD, {child}, nullptr);
             aside_.push_back(child);
             return;
         }
@@ -319,13 +320,13 @@ private:
             aside_.pop_back();
             DOMNode* parent = randomElementParent(main_.cell);
             if (parent != nullptr && pick(3) != 0)
-                nodeCall(parent, 2, {node, referenceIn(parent)}, nullptr);
+                nodeCall(parent, LUM_NODE_INSERT_BEFORE, {node, referenceIn(parent)}, nullptr);
             return;
         }
         case 6: {  // remove and release
             DOMNode* parent = randomElementParent(main_.cell);
             DOMNode* child = parent != nullptr ? randomChild(parent) : nullptr;
-            if (child != nullptr) nodeCall(child, 3, {}, nullptr);
+            if (child != nullptr) nodeCall(child, LUM_NODE_REMOVE, {}, nullptr);
             return;
         }
         case 7: {  // replace a child
@@ -333,24 +334,26 @@ private:
             DOMNode* old = parent != nullptr ? randomChild(parent) : nullptr;
             DOMNode* node = newcomer();
             if (old == nullptr || node == nullptr) return;
-            nodeCall(parent, 11, {node, old}, nullptr);
+            nodeCall(parent, LUM_NODE_REPLACE_CHILD, {node, old}, nullptr);
             aside_.push_back(old);
             return;
         }
         case 8: {  // texts side by side, then normalize
             DOMNode* parent = randomElementParent(main_.cell);
             if (parent == nullptr) return;
-            nodeCall(parent, 2, {textNode(main_.cell, "u"), nullptr}, nullptr);
-            nodeCall(parent, 2, {textNode(main_.cell, "v"), nullptr}, nullptr);
+            nodeCall(parent, LUM_NODE_INSERT_BEFORE, {textNode(main_.cell, "u"), nullptr}, nullptr);
+            nodeCall(parent, LUM_NODE_INSERT_BEFORE, {textNode(main_.cell, "v"), nullptr}, nullptr);
             DOMNode* top = static_cast<DOMDocument*>(main_.cell)->getDocumentElement();
-            nodeCall(pick(2) ? parent : top, 23, {}, nullptr);
+            nodeCall(pick(2) ? parent : top, LUM_NODE_NORMALIZE, {}, nullptr);
             return;
         }
         case 9: {  // attributes and their texts change
             DOMNode* parent = randomElementParent(main_.cell);
             if (parent == nullptr) return;
-            nodeCall(parent, 14, {const_cast<char*>("a"), const_cast<char*>("z")}, nullptr);
-            if (pick(2)) nodeCall(parent, 15, {const_cast<char*>("b")}, nullptr);
+            nodeCall(parent, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("a"),
+                                                      const_cast<char*>("z")}, nullptr);
+            if (pick(2)) nodeCall(parent, LUM_NODE_REMOVE_ATTRIBUTE, {const_cast<char*>("b")},
+                                  nullptr);
             return;
         }
         case 10:  // the other document is deleted and loaded again
@@ -365,9 +368,11 @@ private:
         void* child = reinterpret_cast<void*>(1);
         int32_t at = index;
         ErrorSlot error;
-        lumNodeExecute(parent, 8, std::vector<void*>{&at}.data(), &child, error.buffer, &error.code);
+        lumNodeExecute(parent, LUM_NODE_CHILD_AT, std::vector<void*>{&at}.data(), &child,
+                       error.buffer, &error.code);
         DOMNode* expected = index < 0 ? nullptr : parent->getChildNodes()->item(static_cast<XMLSize_t>(index));
-        if (child != static_cast<void*>(expected) || error.code != (expected == nullptr ? 5 : 0)) {
+        const int32_t expectedCode = expected == nullptr ? LUM_ERR_CHILD_INDEX : LUM_OK;
+        if (child != static_cast<void*>(expected) || error.code != expectedCode) {
             char text[160];
             std::snprintf(text, sizeof text, "child %d of a parent with %d children: %p, expected %p (code %d)",
                           index, static_cast<int>(parent->getChildNodes()->getLength()), child,
@@ -379,7 +384,7 @@ private:
     void readParent(DOMNode* parent) {
         int32_t length = static_cast<int32_t>(parent->getChildNodes()->getLength());
         int32_t count = -1;
-        nodeCall(parent, 5, {}, &count);
+        nodeCall(parent, LUM_NODE_CHILD_COUNT, {}, &count);
         if (count != length)
             fail("count " + std::to_string(count) + ", expected " + std::to_string(length));
         switch (pick(4)) {

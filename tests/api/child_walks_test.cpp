@@ -23,7 +23,7 @@ protected:
         std::string xml = "<root>";
         for (int i = 0; i < 60; ++i) xml += "<c" + std::to_string(i) + ">t</c" + std::to_string(i) + ">";
         xml += "</root>";
-        ASSERT_EQ(document.loadMemory(xml).code, 0);
+        ASSERT_EQ(document.loadMemory(xml).code, LUM_OK);
         root = documentElementOf(document.cell);
     }
 
@@ -40,15 +40,15 @@ protected:
         void* child = reinterpret_cast<void*>(1);
         void* slots[1] = {&index};
         ErrorSlot error;
-        lumNodeExecute(parent, 8, slots, &child, error.buffer, &error.code);
+        lumNodeExecute(parent, LUM_NODE_CHILD_AT, slots, &child, error.buffer, &error.code);
         DOMNode* expected = itemOf(parent, index);
         EXPECT_EQ(child, static_cast<void*>(expected)) << "index " << index;
-        EXPECT_EQ(error.code, expected == nullptr ? 5 : 0);
+        EXPECT_EQ(error.code, expected == nullptr ? LUM_ERR_CHILD_INDEX : LUM_OK);
     }
 
     void expectCount(void* parent) {
         int32_t count = -1;
-        nodeCall(parent, 5, {}, &count);
+        nodeCall(parent, LUM_NODE_CHILD_COUNT, {}, &count);
         EXPECT_EQ(count, lengthOf(parent));
     }
 
@@ -70,13 +70,13 @@ TEST_F(ChildWalks, PositionAfterIndexedReadsMatches) {
     for (int32_t i = 0; i < 60; i += 3) {
         void* child = childOf(root, i);
         int32_t position = -5;
-        nodeCall(child, 6, {}, &position);
+        nodeCall(child, LUM_NODE_INDEX_IN_PARENT, {}, &position);
         EXPECT_EQ(position, i);
     }
     int32_t position = -5;
-    nodeCall(childOf(root, 59), 6, {}, &position);
+    nodeCall(childOf(root, 59), LUM_NODE_INDEX_IN_PARENT, {}, &position);
     EXPECT_EQ(position, 59);
-    nodeCall(childOf(root, 1), 6, {}, &position);
+    nodeCall(childOf(root, 1), LUM_NODE_INDEX_IN_PARENT, {}, &position);
     EXPECT_EQ(position, 1);
 }
 
@@ -92,52 +92,52 @@ TEST_F(ChildWalks, RandomChangesInterleavedWithIndexedReadsAlwaysMatch) {
         int32_t length = lengthOf(root);
         switch (random() % 9) {
         case 0: {  // insert before a random child (or append)
-            void* made = createNode(document.cell, "n", 1);
+            void* made = createNode(document.cell, "n", LUM_NODE_ELEMENT);
             void* before = length > 0 && random() % 4 ? childOf(root, pick(length)) : nullptr;
-            nodeCall(root, 2, {made, before}, nullptr);
+            nodeCall(root, LUM_NODE_INSERT_BEFORE, {made, before}, nullptr);
             break;
         }
         case 1:  // remove and release through method 3 (never the other parent,
                  // which later rounds still read)
             if (length > 2) {
                 void* released = childOf(root, pick(length));
-                if (released != other) nodeCall(released, 3, {}, nullptr);
+                if (released != other) nodeCall(released, LUM_NODE_REMOVE, {}, nullptr);
             }
             break;
         case 2:  // remove without release, then put it elsewhere
             if (length > 2) {
                 void* moved = childOf(root, pick(length));
                 if (moved == other) break;
-                nodeCall(root, 10, {moved}, nullptr);
-                nodeCall(other, 2, {moved, nullptr}, nullptr);
+                nodeCall(root, LUM_NODE_REMOVE_CHILD, {moved}, nullptr);
+                nodeCall(other, LUM_NODE_INSERT_BEFORE, {moved, nullptr}, nullptr);
             }
             break;
         case 3: {  // replace
             if (length == 0) break;
-            void* made = createNode(document.cell, "r", 1);
+            void* made = createNode(document.cell, "r", LUM_NODE_ELEMENT);
             void* old = childOf(root, pick(length));
             if (old == other) break;
-            nodeCall(root, 11, {made, old}, nullptr);
-            nodeCall(old, 3, {}, nullptr);
+            nodeCall(root, LUM_NODE_REPLACE_CHILD, {made, old}, nullptr);
+            nodeCall(old, LUM_NODE_REMOVE, {}, nullptr);
             break;
         }
         case 4: {  // text nodes side by side, then normalize
-            void* a = createNode(document.cell, "", 3);
-            void* b = createNode(document.cell, "", 3);
-            nodeCall(a, 20, {const_cast<char*>("x")}, nullptr);
-            nodeCall(b, 20, {const_cast<char*>("y")}, nullptr);
-            nodeCall(root, 2, {a, nullptr}, nullptr);
-            nodeCall(root, 2, {b, nullptr}, nullptr);
-            if (random() % 2) nodeCall(root, 23, {}, nullptr);
+            void* a = createNode(document.cell, "", LUM_NODE_TEXT);
+            void* b = createNode(document.cell, "", LUM_NODE_TEXT);
+            nodeCall(a, LUM_NODE_SET_VALUE, {const_cast<char*>("x")}, nullptr);
+            nodeCall(b, LUM_NODE_SET_VALUE, {const_cast<char*>("y")}, nullptr);
+            nodeCall(root, LUM_NODE_INSERT_BEFORE, {a, nullptr}, nullptr);
+            nodeCall(root, LUM_NODE_INSERT_BEFORE, {b, nullptr}, nullptr);
+            if (random() % 2) nodeCall(root, LUM_NODE_NORMALIZE, {}, nullptr);
             break;
         }
         case 5: {  // deep clone of the parent put under it
             if (length > 80) break;
             int32_t deep = random() % 2;
             void* copy = nullptr;
-            nodeCall(other, 9, {&deep}, &copy);
-            nodeCall(root, 2, {copy, length > 0 ? childOf(root, pick(length)) : nullptr},
-                     nullptr);
+            nodeCall(other, LUM_NODE_CLONE, {&deep}, &copy);
+            nodeCall(root, LUM_NODE_INSERT_BEFORE,
+                     {copy, length > 0 ? childOf(root, pick(length)) : nullptr}, nullptr);
             break;
         }
         case 6:  // reads on the other parent in between
@@ -155,7 +155,7 @@ TEST_F(ChildWalks, RandomChangesInterleavedWithIndexedReadsAlwaysMatch) {
         if (length > 0) {
             int32_t index = pick(length);
             int32_t position = -5;
-            nodeCall(childOf(root, index), 6, {}, &position);
+            nodeCall(childOf(root, index), LUM_NODE_INDEX_IN_PARENT, {}, &position);
             EXPECT_EQ(position, index);
         }
         if (HasFailure()) {
@@ -172,7 +172,7 @@ TEST_F(ChildWalks, DepthFirstWalkVisitsExactlyTheDomsNodesInOrder) {
     for (int depth = 0; depth < 100; ++depth) xml += "<d>a<w/><w>b</w>";
     for (int depth = 0; depth < 100; ++depth) xml += "c</d>";
     HostDocument deep;
-    ASSERT_EQ(deep.loadMemory(xml).code, 0);
+    ASSERT_EQ(deep.loadMemory(xml).code, LUM_OK);
     std::vector<void*> visited;
     std::vector<DOMNode*> expected;
     struct Place {
@@ -209,23 +209,23 @@ TEST_F(ChildWalks, DepthFirstWalkVisitsExactlyTheDomsNodesInOrder) {
 TEST_F(ChildWalks, DocumentMethod8MatchesAfterReplacingTheDocumentElement) {
     void* child = nullptr;
     int32_t index = 0;
-    docCall(document.cell, 8, {&index}, &child);
+    docCall(document.cell, LUM_DOC_CHILD_AT, {&index}, &child);
     EXPECT_EQ(child, root);
-    void* made = createNode(document.cell, "fresh", 1);
-    docCall(document.cell, 11, {made, root}, nullptr);
-    docCall(document.cell, 8, {&index}, &child);
+    void* made = createNode(document.cell, "fresh", LUM_NODE_ELEMENT);
+    docCall(document.cell, LUM_DOC_REPLACE_CHILD, {made, root}, nullptr);
+    docCall(document.cell, LUM_DOC_CHILD_AT, {&index}, &child);
     EXPECT_EQ(child, made);
-    docCall(document.cell, 10, {made}, nullptr);
-    EXPECT_EQ(docCall(document.cell, 8, {&index}, &child).code, 5);
-    nodeCall(made, 3, {}, nullptr);
+    docCall(document.cell, LUM_DOC_REMOVE_CHILD, {made}, nullptr);
+    EXPECT_EQ(docCall(document.cell, LUM_DOC_CHILD_AT, {&index}, &child).code, LUM_ERR_CHILD_INDEX);
+    nodeCall(made, LUM_NODE_REMOVE, {}, nullptr);
 }
 
 TEST_F(ChildWalks, ReloadingAndReplacingDocumentsInvalidatesPositions) {
     int32_t index = 5;
     void* child = nullptr;
-    nodeCall(root, 8, {&index}, &child);
+    nodeCall(root, LUM_NODE_CHILD_AT, {&index}, &child);
     int32_t count = 0;
-    nodeCall(root, 5, {}, &count);
+    nodeCall(root, LUM_NODE_CHILD_COUNT, {}, &count);
     EXPECT_EQ(count, 60);
     document.loadMemory("<root><only/></root>");
     void* newRoot = documentElementOf(document.cell);

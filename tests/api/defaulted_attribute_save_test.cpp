@@ -20,18 +20,18 @@ std::string loadAndSave(const std::string& text) {
     lumInitDocument(&document, 1, made.buffer, &made.code);
     ErrorSlot error;
     char encoding[257] = {0};
-    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
+    lumDocLoad(&document, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
                static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, nullptr, error.buffer,
                &error.code);
     std::string out;
-    if (error.code != 0) {
+    if (error.code != LUM_OK) {
         out = "ERROR " + error.text();
     } else {
         void* memory = nullptr;
         uint32_t length = 0;
         ErrorSlot saved;
-        lumDocSave(&document, 1, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr,
-                   saved.buffer, &saved.code);
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+                   nullptr, saved.buffer, &saved.code);
         out = memory != nullptr ? std::string(static_cast<const char*>(memory), length)
                                 : "SAVE ERROR " + saved.text();
         std::free(memory);

@@ -62,7 +62,7 @@ TEST_F(DocumentEntities, ExternalSubsetAndEntityAreFoundThroughTheDirectoryList)
                                  "]>\n<doc>&one;|&two;|&via-subset;</doc>");
     HostDocument document;
     LoadAnswer answer = loadWithDirectories(document, path, directoryList());
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(textOf(documentElement(document.cell)),
               "first entity text|second entity text|from the subset");
 }
@@ -75,7 +75,7 @@ TEST_F(DocumentEntities, EntityInNoListedDirectoryFallsBackToDefaultResolutionAn
                                  "]>\n<doc>&lost;</doc>");
     HostDocument document;
     LoadAnswer answer = loadWithDirectories(document, path, directoryList());
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message, "FATAL ERROR: file '" + path +
                                   "', line '4', column '12', message 'unable to open external "
                                   "entity '" + dir.file("docs/nowhere.ent") + "''");
@@ -86,7 +86,7 @@ TEST_F(DocumentEntities, WithoutDirectoryListEntitiesResolveBesideTheDocument) {
     std::string path =
         dir.write("docs/doc.xml", "<!DOCTYPE doc [<!ENTITY n SYSTEM \"near.ent\">]><doc>&n;</doc>");
     HostDocument document;
-    EXPECT_EQ(document.loadFile(path).code, 0);
+    EXPECT_EQ(document.loadFile(path).code, LUM_OK);
     EXPECT_EQ(textOf(documentElement(document.cell)), "beside");
 }
 
@@ -95,11 +95,11 @@ TEST_F(DocumentEntities, DefaultEntityResolutionOffLeavesAnAbsoluteEntityUnread)
     std::string xml =
         "<!DOCTYPE doc [<!ENTITY s SYSTEM \"" + secret + "\">]><doc>before&s;after</doc>";
     HostDocument reading;
-    EXPECT_EQ(reading.loadMemory(xml).code, 0);
+    EXPECT_EQ(reading.loadMemory(xml).code, LUM_OK);
     EXPECT_EQ(textOf(documentElement(reading.cell)), "beforeSECRET-CONTENTafter");
 
     HostDocument guarded;
-    guarded.loadMemory(xml, 4);
+    guarded.loadMemory(xml, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION);
     EXPECT_EQ(textOf(documentElement(guarded.cell)).find("SECRET"), std::string::npos);
 }
 
@@ -109,40 +109,40 @@ TEST_F(DocumentEntities, DefaultEntityResolutionOffStillUsesTheDirectoryList) {
                                  "<!DOCTYPE doc [<!ENTITY l SYSTEM \"listed.ent\">]><doc>&l;</doc>");
     HostDocument document;
     LoadAnswer answer = loadWithDirectories(document, path, directoryList(), 4);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(textOf(documentElement(document.cell)), "listed");
 }
 
 TEST_F(DocumentEntities, ExpansionLimitZeroMakesAnyExpansionFatal) {
     int32_t limit = 0;
     LoadArgs args;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     args.memory = "<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>";
     args.entityExpansionLimit = &limit;
     HostDocument document;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message.rfind("FATAL ERROR: file 'MEMPTR'", 0), 0u) << answer.message;
 }
 
 TEST_F(DocumentEntities, ExpansionWithoutLimitPointerIsNotLimited) {
     LoadArgs args;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     args.memory = "<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;&e;</a>";
     HostDocument document;
-    EXPECT_EQ(document.load(args).code, 0);
+    EXPECT_EQ(document.load(args).code, LUM_OK);
     EXPECT_EQ(textOf(documentElement(document.cell)), "xx");
 }
 
 TEST_F(DocumentEntities, BillionLaughsStopsAtTheLimitWithCode10) {
     int32_t limit = 50000;
     LoadArgs args;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     args.memory = kBillionLaughs;
     args.entityExpansionLimit = &limit;
     HostDocument document;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_NE(answer.message.find("50000"), std::string::npos) << answer.message;
 }
 
@@ -165,7 +165,7 @@ protected:
         const char* locations[3] = {nullptr, schemaLocation, noNamespaceLocation};
         std::string path = dir.write("doc.xml", xml);
         LoadArgs args;
-        args.flags = 1;
+        args.flags = LUM_LOAD_VALIDATE;
         args.fileName = path.c_str();
         args.locations = locations;
         ::testing::internal::CaptureStdout();
@@ -181,7 +181,7 @@ TEST_F(Schemas, ValidDocumentAgainstExternalNoNamespaceSchemaGivesNoError) {
     std::string printed;
     LoadAnswer answer = loadValidated(document, "<order><qty>3</qty></order>", nullptr,
                                       schema.c_str(), printed);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.message, "");
     EXPECT_EQ(printed, "");
 }
@@ -192,7 +192,7 @@ TEST_F(Schemas, InvalidDocumentGivesCode9AndOnlyTheQuotedMessage) {
     std::string printed;
     LoadAnswer answer = loadValidated(document, "<order><qty>three</qty></order>", nullptr,
                                       schema.c_str(), printed);
-    EXPECT_EQ(answer.code, 9);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_ERROR);
     EXPECT_EQ(answer.message, "'value 'three' does not match regular expression facet "
                               "'[+\\-]?[0-9]+''");
     // The reporter's text was empty when the error came: it printed nothing.
@@ -212,7 +212,7 @@ TEST_F(Schemas, WhitespaceCollapsedToNothingKeepsAnEmptyTextNode) {
     HostDocument document;
     std::string printed;
     LoadAnswer answer = loadValidated(document, "<e> </e>", nullptr, schema.c_str(), printed);
-    ASSERT_EQ(answer.code, 0) << answer.message;
+    ASSERT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(childCountOf(documentElement(document.cell)), 1);
     EXPECT_EQ(saveToMemory(document.cell),
               "<?xml version=\"1.0\" ?>\n<e></e>");
@@ -230,10 +230,10 @@ TEST_F(Schemas, NamespacedDocumentValidatesAgainstExternalSchemaLocation) {
     std::string printed;
     LoadAnswer answer = loadValidated(good, "<item xmlns=\"urn:shop\">pen</item>", pair.c_str(),
                                       nullptr, printed);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     HostDocument bad;
     answer = loadValidated(bad, "<other xmlns=\"urn:shop\"/>", pair.c_str(), nullptr, printed);
-    EXPECT_EQ(answer.code, 9);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_ERROR);
     EXPECT_EQ(answer.message.find("ERROR:"), std::string::npos);
 }
 
@@ -242,9 +242,9 @@ TEST_F(Schemas, EmptyLocationStringsCountAsNotGiven) {
     const char* locations[3] = {"", "", ""};
     ErrorSlot error;
     char encoding[300];
-    lumDocLoad(&document.cell, 0, 1, encoding, nullptr, "<a/>", 4, nullptr, nullptr, 0, locations,
-               error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0) << error.text();
+    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a/>", 4, nullptr,
+               nullptr, 0, locations, error.buffer, &error.code);
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(nameOf(documentElement(document.cell)), "a");
 }
 

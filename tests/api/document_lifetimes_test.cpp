@@ -74,14 +74,14 @@ protected:
         void* cell = nullptr;
         ErrorSlot error;
         lumInitDocument(&cell, 7, error.buffer, &error.code);
-        EXPECT_EQ(error.code, 0);
+        EXPECT_EQ(error.code, LUM_OK);
         return cell;
     }
 
     static void deleteDocument(void* cell) {
         ErrorSlot error;
         lumDocDelete(cell, error.buffer, &error.code);
-        EXPECT_EQ(error.code, 0);
+        EXPECT_EQ(error.code, LUM_OK);
     }
 
     LibraryStarted started;
@@ -96,11 +96,11 @@ TEST_F(DocumentLifetimes, NewDocumentsWithATypeDeletedLeaveNoGrowth) {
     double growth = growthPerRound([](int) {
         void* cell = newDocument();
         void* made = nullptr;
-        Answer answer = docCall(cell, 31,
+        Answer answer = docCall(cell, LUM_DOC_NEW_WITH_DOCTYPE,
                                 {const_cast<char*>("urn:x"), const_cast<char*>("p:root"),
                                  const_cast<char*>("-//P//EN"), const_cast<char*>("root.dtd")},
                                 &made);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
         deleteDocument(made != nullptr ? made : cell);
     });
     EXPECT_LT(growth, kFlat);
@@ -112,9 +112,9 @@ TEST_F(DocumentLifetimes, RefusedNewDocumentsWithATypeLeaveNoGrowth) {
         void* made = nullptr;
         // A prefix without a namespace: the namespace error, and the host's
         // document stays.
-        Answer answer = docCall(cell, 31,
+        Answer answer = docCall(cell, LUM_DOC_NEW_WITH_DOCTYPE,
                                 {nullptr, const_cast<char*>("p:r"), nullptr, nullptr}, &made);
-        EXPECT_EQ(answer.code, 6);
+        EXPECT_EQ(answer.code, LUM_ERR_DOM);
         EXPECT_EQ(made, nullptr);
         deleteDocument(cell);
     });
@@ -125,23 +125,23 @@ TEST_F(DocumentLifetimes, LoadsIntoTheSameCellLeaveNoGrowth) {
     HostDocument document;
     double growth = growthPerRound([&](int i) {
         std::string xml = "<r a='" + std::to_string(i % 10) + "'><c>text</c><!--n--><?p i?></r>";
-        EXPECT_EQ(document.loadMemory(xml).code, 0);
+        EXPECT_EQ(document.loadMemory(xml).code, LUM_OK);
     });
     EXPECT_LT(growth, kFlat);
 }
 
 TEST_F(DocumentLifetimes, DocumentsFilledByImportsLeaveNoGrowth) {
     HostDocument source;
-    ASSERT_EQ(source.loadMemory("<r><a x='1'>one<b/>two</a><a x='2'/><!--c--></r>").code, 0);
+    ASSERT_EQ(source.loadMemory("<r><a x='1'>one<b/>two</a><a x='2'/><!--c--></r>").code, LUM_OK);
     void* from = childOf(documentElementOf(source.cell), 0);
     double growth = growthPerRound([&](int) {
         void* cell = newDocument();
-        void* root = createNode(cell, "root", 1);
-        docCall(cell, 2, {root, nullptr}, nullptr);
+        void* root = createNode(cell, "root", LUM_NODE_ELEMENT);
+        docCall(cell, LUM_DOC_INSERT_BEFORE, {root, nullptr}, nullptr);
         for (int k = 0; k < 4; ++k) {
             int32_t deep = k % 2;
             void* copy = nullptr;
-            docCall(cell, 22, {from, &deep}, &copy);
+            docCall(cell, LUM_DOC_IMPORT_NODE, {from, &deep}, &copy);
             appendChild(root, copy);
         }
         deleteDocument(cell);
@@ -171,13 +171,13 @@ protected:
 TEST_P(NewDocumentTypeNames, AnswerAsTheTypesOwnChecks) {
     const TypeNameCase& c = GetParam();
     void* made = reinterpret_cast<void*>(1);
-    Answer answer = docCall(document.cell, 31,
+    Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE,
                             {const_cast<char*>(c.namespaceURI), const_cast<char*>(c.qualifiedName),
                              nullptr, nullptr},
                             &made);
     EXPECT_EQ(answer.code, c.code) << c.qualifiedName;
     EXPECT_EQ(answer.message, c.message) << c.qualifiedName;
-    if (c.code == 0) {
+    if (c.code == LUM_OK) {
         EXPECT_NE(made, nullptr);
         document.cell = made;
     } else {
@@ -191,18 +191,19 @@ constexpr const char* kNamespace = "XML Parser not initialized";
 
 INSTANTIATE_TEST_SUITE_P(
     Names, NewDocumentTypeNames,
-    ::testing::Values(TypeNameCase{"urn:x", "p:r", 0, ""}, TypeNameCase{nullptr, "r", 0, ""},
+    ::testing::Values(TypeNameCase{"urn:x", "p:r", LUM_OK, ""},
+                      TypeNameCase{nullptr, "r", LUM_OK, ""},
                       // No name at all is refused like the empty one.
-                      TypeNameCase{nullptr, nullptr, 6, kInvalid},
-                      TypeNameCase{nullptr, "", 6, kInvalid},
-                      TypeNameCase{"urn:x", "1r", 6, kInvalid},
-                      TypeNameCase{"urn:x", "a:", 6, kNamespace},
-                      TypeNameCase{"urn:x", ":a", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:b:c", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:1b", 6, kNamespace},
-                      TypeNameCase{"urn:x", "a:-b", 6, kNamespace},
-                      TypeNameCase{nullptr, "p:r", 6, kNamespace},
-                      TypeNameCase{"urn:x", "xml:r", 6, kNamespace},
-                      TypeNameCase{"urn:x", "xmlns", 0, ""}));
+                      TypeNameCase{nullptr, nullptr, LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{nullptr, "", LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{"urn:x", "1r", LUM_ERR_DOM, kInvalid},
+                      TypeNameCase{"urn:x", "a:", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", ":a", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:b:c", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:1b", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "a:-b", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{nullptr, "p:r", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "xml:r", LUM_ERR_DOM, kNamespace},
+                      TypeNameCase{"urn:x", "xmlns", LUM_OK, ""}));
 
 }  // namespace

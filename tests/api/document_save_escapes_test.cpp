@@ -44,7 +44,7 @@ void expectEverywhere(void* cell, const std::string& element, const char* step) 
         SaveArgs args;
         args.encoding = encoding;
         SaveAnswer answer = save(cell, args);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
         EXPECT_EQ(answer.bytes, declaration(encoding) + element)
             << step << " / " << (encoding ? encoding : "none");
     }
@@ -56,11 +56,13 @@ void expectEverywhere(void* cell, const std::string& element, const char* step) 
 TEST(DocumentSaveEscapes, EscapeListsPerFlagInEveryEncoding) {
     initLibraryOnce();
     HostDocument document;
-    ASSERT_EQ(document.loadMemory("<r>x</r>").code, 0);
+    ASSERT_EQ(document.loadMemory("<r>x</r>").code, LUM_OK);
     void* root = documentElementOf(document.cell);
-    ASSERT_EQ(nodeCall(childOf(root, 0), 20, {const_cast<char*>(kValue)}, nullptr).code, 0);
-    ASSERT_EQ(nodeCall(root, 14, {const_cast<char*>("v"), const_cast<char*>(kValue)}, nullptr).code,
-              0);
+    ASSERT_EQ(nodeCall(childOf(root, 0), LUM_NODE_SET_VALUE, {const_cast<char*>(kValue)},
+                       nullptr).code, LUM_OK);
+    ASSERT_EQ(nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("v"),
+                                                      const_cast<char*>(kValue)}, nullptr).code,
+              LUM_OK);
 
     const std::string stdText = "a\r\t\nb&amp;&lt;&gt;&quot;&apos;";
     const std::string charText = "a&#xD;\t\nb&amp;&lt;&gt;\"'";
@@ -74,14 +76,14 @@ TEST(DocumentSaveEscapes, EscapeListsPerFlagInEveryEncoding) {
     ErrorSlot error;
     lumDocSave(&document.cell, 5, 0, 1, 0, nullptr, nullptr, nullptr, nullptr, 0, nullptr,
                error.buffer, &error.code);
-    ASSERT_EQ(error.code, -1);
+    ASSERT_EQ(error.code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(error.text(), "Operation not supported");
     expectEverywhere(document.cell, "<r v=\"" + attrValue + "\">" + stdText + "</r>",
                      "attribute escapes");
 
     SaveArgs charEscapes;
     charEscapes.charEscapes = 1;
-    ASSERT_EQ(save(document.cell, charEscapes).code, 0);
+    ASSERT_EQ(save(document.cell, charEscapes).code, LUM_OK);
     expectEverywhere(document.cell, "<r v=\"" + attrValue + "\">" + charText + "</r>",
                      "both escapes");
 }

@@ -19,10 +19,10 @@ TEST(DocumentSaveNotInitialised, FileIsCreatedBeforeTheAnswer) {
     TempDir dir;
     const std::string path = dir.write("out.xml", "old content");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.fileName = path.c_str();
     SaveAnswer answer = save(reinterpret_cast<void*>(0x1234), args);
-    EXPECT_EQ(answer.code, 2);
+    EXPECT_EQ(answer.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
     EXPECT_EQ(readFile(path), "");
 }
@@ -31,10 +31,10 @@ TEST(DocumentSaveNotInitialised, Utf16FileGetsItsMarkBeforeTheAnswer) {
     TempDir dir;
     const std::string path = dir.file("out16.xml");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.encoding = "UTF-16";
     args.fileName = path.c_str();
-    EXPECT_EQ(save(nullptr, args).code, 2);
+    EXPECT_EQ(save(nullptr, args).code, LUM_ERR_NOT_INITIALIZED);
     // Only the mark: which order it takes before Xerces has started is
     // the output target's business (Xerces fills in its XMLCh byte-order
     // flag when it starts).
@@ -49,19 +49,20 @@ TEST(DocumentSaveNotInitialised, WideFileIsCreatedBeforeTheAnswer) {
     wide.back() = u'\u00e9';
     ErrorSlot error;
     void* cell = nullptr;
-    lumDocSaveW(&cell, 0, 0, 0, 0, nullptr, lumtest::wideUnits(wide), nullptr, nullptr, 0, nullptr,
-                error.buffer, &error.code);
-    EXPECT_EQ(error.code, 2);
+    lumDocSaveW(&cell, LUM_SAVE_TO_FILE, 0, 0, 0, nullptr, lumtest::wideUnits(wide), nullptr,
+                nullptr, 0, nullptr, error.buffer, &error.code);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(wide)));
 }
 
 TEST(DocumentSaveNotInitialised, MemoryAndUnknownKindsAnswerNotInitializedFirst) {
-    for (int32_t target : {1, 2, 6, 3, 99}) {
+    for (int32_t target : {LUM_SAVE_TO_MEMORY, LUM_SAVE_TO_STREAM, LUM_SAVE_NODE_TO_MEMORY, 3,
+                           99}) {
         SaveArgs args;
         args.target = target;
         SaveAnswer answer = save(nullptr, args);
-        EXPECT_EQ(answer.code, 2) << target;
+        EXPECT_EQ(answer.code, LUM_ERR_NOT_INITIALIZED) << target;
         EXPECT_EQ(answer.message, "XML Parser not initialized") << target;
         EXPECT_FALSE(answer.handedOver) << target;
     }

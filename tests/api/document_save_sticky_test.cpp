@@ -18,7 +18,7 @@ namespace {
 TEST(DocumentSaveStickyEscapes, FlagsOnceSetStaySetForEveryLaterSave) {
     initLibraryOnce();
     HostDocument document;
-    ASSERT_EQ(document.loadMemory("<r a=\"&quot;'&gt;\">\"'&gt;</r>").code, 0);
+    ASSERT_EQ(document.loadMemory("<r a=\"&quot;'&gt;\">\"'&gt;</r>").code, LUM_OK);
     const std::string decl = "<?xml version=\"1.0\" ?>\n";
     const std::string std = decl + "<r a=\"&quot;&apos;&gt;\">&quot;&apos;&gt;</r>";
     const std::string charOnly = decl + "<r a=\"&quot;&apos;&gt;\">\"'&gt;</r>";
@@ -44,7 +44,7 @@ TEST(DocumentSaveStickyEscapes, FlagsOnceSetStaySetForEveryLaterSave) {
     ErrorSlot error;
     lumDocSave(&document.cell, 3, 1, 1, 0, nullptr, nullptr, nullptr, nullptr, 0, nullptr,
                error.buffer, &error.code);
-    EXPECT_EQ(error.code, -1);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(save(document.cell, plain).bytes, both);
 }
 

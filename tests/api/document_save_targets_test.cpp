@@ -41,7 +41,7 @@ TEST_F(DocumentSave, OtherTargetKindsAreNotSupported) {
         SaveArgs args;
         args.target = target;
         SaveAnswer answer = save(document.cell, args);
-        EXPECT_EQ(answer.code, -1) << target;
+        EXPECT_EQ(answer.code, LUM_ERR_NOT_SUPPORTED) << target;
         EXPECT_EQ(answer.message, "Operation not supported") << target;
         EXPECT_FALSE(answer.handedOver) << target;
     }
@@ -52,9 +52,9 @@ TEST_F(DocumentSave, KindSixOnAnElementWritesItsSubtreeWithoutDeclaration) {
     load(document, "<r><a x='1'><b>t</b></a><c/></r>");
     XERCES_CPP_NAMESPACE::DOMNode* a = documentElement(document.cell)->getFirstChild();
     SaveArgs args;
-    args.target = 6;
+    args.target = LUM_SAVE_NODE_TO_MEMORY;
     SaveAnswer answer = save(a, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.bytes, "<a x=\"1\"><b>t</b></a>");
 }
 
@@ -62,7 +62,7 @@ TEST_F(DocumentSave, KindSixOnTheDocumentNodeWritesTheDeclaration) {
     HostDocument document;
     load(document, "<r/>");
     SaveArgs args;
-    args.target = 6;
+    args.target = LUM_SAVE_NODE_TO_MEMORY;
     SaveAnswer answer = save(documentNode(document.cell), args);
     EXPECT_EQ(answer.bytes, std::string(kDecl) + "<r/>");
 }
@@ -71,7 +71,7 @@ TEST_F(DocumentSave, KindSixOnAPrefixedElementDeclaresWhatTheSubtreeLacks) {
     HostDocument document;
     load(document, "<p:r xmlns:p='urn:u'><p:a><p:b/></p:a></p:r>");
     SaveArgs args;
-    args.target = 6;
+    args.target = LUM_SAVE_NODE_TO_MEMORY;
     SaveAnswer answer = save(documentElement(document.cell)->getFirstChild(), args);
     // The declaration on the parent above the start node is in scope.
     EXPECT_EQ(answer.bytes, "<p:a><p:b/></p:a>");
@@ -82,11 +82,11 @@ TEST_F(DocumentSave, FileGetsTheSameBytesAsMemory) {
     load(document, "<r a='1'>x</r>");
     TempDir dir;
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     const std::string path = dir.file("out.xml");
     args.fileName = path.c_str();
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_FALSE(answer.handedOver);
     // A UTF-8 file is written in text mode: "\r\n" on Windows.
     EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r a=\"1\">x</r>"));
@@ -99,9 +99,9 @@ TEST_F(DocumentSave, FileIsTruncatedBeforeWriting) {
     TempDir dir;
     const std::string path = dir.write("out.xml", std::string(1000, 'z'));
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.fileName = path.c_str();
-    EXPECT_EQ(save(document.cell, args).code, 0);
+    EXPECT_EQ(save(document.cell, args).code, LUM_OK);
     EXPECT_EQ(readFile(path), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
@@ -113,10 +113,10 @@ TEST_F(DocumentSave, WideFileNameWithNonAsciiCharacters) {
     for (char c : dir.path()) wide += static_cast<char16_t>(static_cast<unsigned char>(c));
     wide += u"/d\u00e9j\u00e0-\u4e2d\u6587.xml";
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.wideFileName = lumtest::wideUnits(wide);
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(lumtest::readWideNamedFile(wide), lumtest::textModeBytes(std::string(kDecl) + "<r/>"));
 }
 
@@ -126,10 +126,10 @@ TEST_F(DocumentSave, FileThatCannotBeOpenedIsAnInvalidPath) {
     TempDir dir;
     const std::string path = dir.file("missing/dir/out.xml");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.fileName = path.c_str();
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_EQ(answer.message, "XML Parser Exception: Invalid file or path name");
 }
 
@@ -137,10 +137,10 @@ TEST_F(DocumentSave, WideFileThatCannotBeOpenedIsAnInvalidPath) {
     HostDocument document;
     load(document, "<r/>");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.wideFileName = lumtest::wideUnits(u"/nonexistent-dir/\u00e9/out.xml");
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_EQ(answer.message, "XML Parser Exception: Invalid file or path name");
 }
 
@@ -148,9 +148,9 @@ TEST_F(DocumentSave, NullFileNameIsAnInvalidPath) {
     HostDocument document;
     load(document, "<r/>");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_EQ(answer.message, "XML Parser Exception: Invalid file or path name");
 }
 
@@ -160,11 +160,11 @@ TEST_F(DocumentSave, FileNameIsIgnoredForOtherKinds) {
     TempDir dir;
     const std::string path = dir.file("never.xml");
     SaveArgs args;
-    args.target = 1;
+    args.target = LUM_SAVE_TO_MEMORY;
     args.fileName = path.c_str();
     EXPECT_EQ(save(document.cell, args).bytes, std::string(kDecl) + "<r/>");
     args.target = 3;
-    EXPECT_EQ(save(document.cell, args).code, -1);
+    EXPECT_EQ(save(document.cell, args).code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(readFile(path), "");
     EXPECT_EQ(std::fopen(path.c_str(), "r"), nullptr);
 }
@@ -175,11 +175,11 @@ TEST_F(DocumentSave, UnknownEncodingIsAnXmlExceptionAfterTheFileWasCreated) {
     TempDir dir;
     const std::string path = dir.write("out.xml", "old content");
     SaveArgs args;
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.encoding = "no-such-encoding";
     args.fileName = path.c_str();
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_EQ(answer.message,
               "XML Parser Exception: unable to create converter for 'no-such-encoding' encoding");
     EXPECT_EQ(readFile(path), "");
@@ -191,7 +191,7 @@ TEST_F(DocumentSave, UnknownEncodingToMemoryHandsNothingOver) {
     SaveArgs args;
     args.encoding = "no-such-encoding";
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_FALSE(answer.handedOver);
 }
 
@@ -200,11 +200,11 @@ TEST_F(DocumentSave, StreamCollectsTheSameBytesAsMemory) {
     load(document, "<r a='1'><b>x&amp;y</b><!--c--></r>");
     StreamCollector stream;
     SaveArgs args;
-    args.target = 2;
+    args.target = LUM_SAVE_TO_STREAM;
     args.streamHandle = stream.handle();
     args.streamWrite = &StreamCollector::write;
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_FALSE(answer.handedOver);
     EXPECT_EQ(stream.bytes, std::string(kDecl) + "<r a=\"1\"><b>x&amp;y</b><!--c--></r>");
     EXPECT_EQ(stream.bytes, saveToMemory(document.cell));
@@ -214,9 +214,9 @@ TEST_F(DocumentSave, StreamWithoutWriteFunctionIsNotSupported) {
     HostDocument document;
     load(document, "<r/>");
     SaveArgs args;
-    args.target = 2;
+    args.target = LUM_SAVE_TO_STREAM;
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, -1);
+    EXPECT_EQ(answer.code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(answer.message, "Operation not supported");
 }
 
@@ -243,7 +243,7 @@ TEST_F(DocumentSave, Utf16WithoutMarkWhenTheHostAsksForNone) {
     args.encoding = "UTF-16";
     args.noByteOrderMark = 1;
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.bytes, utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\" ?>\n<r/>"));
 }
 
@@ -272,19 +272,19 @@ TEST_F(DocumentSave, Utf16ToStreamAndFileHaveTheMarkEvenWhenMemoryWouldNot) {
         "\xff\xfe" + utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\" ?>\n<r/>");
     StreamCollector stream;
     SaveArgs args;
-    args.target = 2;
+    args.target = LUM_SAVE_TO_STREAM;
     args.encoding = "UTF-16";
     args.noByteOrderMark = 1;  // only memory targets look at it
     args.streamHandle = stream.handle();
     args.streamWrite = &StreamCollector::write;
-    EXPECT_EQ(save(document.cell, args).code, 0);
+    EXPECT_EQ(save(document.cell, args).code, LUM_OK);
     EXPECT_EQ(stream.bytes, expected);
 
     TempDir dir;
     const std::string path = dir.file("out16.xml");
-    args.target = 0;
+    args.target = LUM_SAVE_TO_FILE;
     args.fileName = path.c_str();
-    EXPECT_EQ(save(document.cell, args).code, 0);
+    EXPECT_EQ(save(document.cell, args).code, LUM_OK);
     EXPECT_EQ(readFile(path), expected);
 }
 
@@ -308,16 +308,16 @@ TEST_F(DocumentSaveHostMemory, BlockComesFromTheHostAndIsTrimmedToLengthPlusOne)
     load(document, "<r/>");
     HostMemory::reset();
     SaveAnswer answer = save(document.cell, SaveArgs{});
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.bytes, std::string(kDecl) + "<r/>");
     const auto& calls = HostMemory::calls();
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[0].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[0].size, 16384u);
-    EXPECT_EQ(calls[0].line, 84);
+    EXPECT_EQ(calls[0].line, LUM_MEMIO_LINE_NEW_BLOCK);
     EXPECT_EQ(calls[1].kind, MemoryCall::Realloc);
     EXPECT_EQ(calls[1].size, answer.length + 1);
-    EXPECT_EQ(calls[1].line, 231);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_TRIM);
 }
 
 TEST_F(DocumentSaveHostMemory, LargeDocumentGrowsTheHostBlock) {
@@ -328,14 +328,14 @@ TEST_F(DocumentSaveHostMemory, LargeDocumentGrowsTheHostBlock) {
     load(document, xml);
     HostMemory::reset();
     SaveAnswer answer = save(document.cell, SaveArgs{});
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     std::string expected = std::string(kDecl) + "<r>";
     for (int i = 0; i < 3000; ++i)
         expected += "<item n=\"" + std::to_string(i) + "\">text</item>";
     expected += "</r>";
     EXPECT_EQ(answer.bytes, expected);
     int growths = 0;
-    for (const MemoryCall& call : HostMemory::calls()) growths += call.line == 175;
+    for (const MemoryCall& call : HostMemory::calls()) growths += call.line == LUM_MEMIO_LINE_GROW;
     EXPECT_GE(growths, 2);
 }
 
@@ -345,15 +345,15 @@ TEST_F(DocumentSaveHostMemory, FailedGrowthGivesCode80AndHandsNothingOver) {
     HostMemory::reset();
     HostMemory::failNextReallocs(1);
     SaveAnswer answer = save(document.cell, SaveArgs{});
-    EXPECT_EQ(answer.code, 80);
+    EXPECT_EQ(answer.code, LUM_ERR_MEMORY_GROWTH);
     EXPECT_EQ(answer.message, "");
     EXPECT_FALSE(answer.handedOver);
     const auto& calls = HostMemory::calls();
     ASSERT_EQ(calls.size(), 3u);
-    EXPECT_EQ(calls[1].line, 175);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_GROW);
     EXPECT_EQ(calls[2].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[2].size, 16384u);
-    EXPECT_EQ(calls[2].line, 202);
+    EXPECT_EQ(calls[2].line, LUM_MEMIO_LINE_REPLACEMENT);
     // The host's allocator still holds the old and the fresh block.
     HostMemory::freeKeptBlocks();
     HostMemory::freeLiveBlocks();
@@ -386,9 +386,9 @@ TEST_F(DocumentSave, StreamGetsTheHandleTheConstantOneAndAScratchCell) {
     void* block = reinterpret_cast<void*>(uintptr_t{0x77});
     uint32_t length = 0x77;
     ErrorSlot error;
-    lumDocSave(&document.cell, 2, 0, 0, 0, nullptr, "ignored.xml", &block, &length,
+    lumDocSave(&document.cell, LUM_SAVE_TO_STREAM, 0, 0, 0, nullptr, "ignored.xml", &block, &length,
                INT64_C(0x123456789ab), recordStreamCall, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(block, reinterpret_cast<void*>(uintptr_t{0x77}));
     EXPECT_EQ(length, 0x77u);
     std::string all;
@@ -406,11 +406,11 @@ TEST_F(DocumentSave, Utf16StreamMarkIsOneCallOfTwoBytes) {
     appendToDocument(r);
     gStreamCalls.clear();
     SaveArgs args;
-    args.target = 2;
+    args.target = LUM_SAVE_TO_STREAM;
     args.encoding = "UTF-16BE";
     args.streamHandle = 5;
     args.streamWrite = recordStreamCall;
-    ASSERT_EQ(save(document.cell, args).code, 0);
+    ASSERT_EQ(save(document.cell, args).code, LUM_OK);
     ASSERT_GE(gStreamCalls.size(), 2u);
     EXPECT_EQ(gStreamCalls[0].bytes, std::string("\xFE\xFF", 2));
     std::string rest;
@@ -431,7 +431,7 @@ TEST_F(DocumentSave, MemoryLengthCountsTheBytesWithoutTerminator) {
     SaveArgs args;
     args.encoding = "UTF-8";
     SaveAnswer answer = save(document.cell, args);
-    ASSERT_EQ(answer.code, 0);
+    ASSERT_EQ(answer.code, LUM_OK);
     const std::string expected = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<r/>";
     EXPECT_EQ(answer.length, expected.size());
     EXPECT_EQ(answer.bytes, expected);
@@ -443,7 +443,7 @@ TEST_F(DocumentSave, Utf16LeNameInMixedCaseGetsTheMark) {
     SaveArgs args;
     args.encoding = "Utf-16Le";
     SaveAnswer answer = save(document.cell, args);
-    ASSERT_EQ(answer.code, 0) << answer.message;
+    ASSERT_EQ(answer.code, LUM_OK) << answer.message;
     ASSERT_GE(answer.bytes.size(), 4u);
     EXPECT_EQ(answer.bytes.substr(0, 4), std::string("\xFF\xFE<\0", 4));
 }
@@ -451,19 +451,21 @@ TEST_F(DocumentSave, Utf16LeNameInMixedCaseGetsTheMark) {
 // What was written before a failure stays with the target: a stream has
 // already been handed it, a file keeps it.
 TEST_F(DocumentSave, OutputBeforeANamespaceErrorStaysInStreamAndFile) {
-    ASSERT_EQ(document.loadMemory("<r><p:c xmlns:p='urn:one'/></r>").code, 0);
+    ASSERT_EQ(document.loadMemory("<r><p:c xmlns:p='urn:one'/></r>").code, LUM_OK);
     void* c = childOf(documentElementOf(document.cell), 0);
     void* attr = nullptr;
-    ASSERT_EQ(nodeCall(c, 35, {const_cast<char*>("xmlns:p")}, &attr).code, 0);
-    ASSERT_EQ(nodeCall(attr, 20, {const_cast<char*>("urn:two")}, nullptr).code, 0);
+    ASSERT_EQ(nodeCall(c, LUM_NODE_ATTRIBUTE_NODE, {const_cast<char*>("xmlns:p")}, &attr).code,
+              LUM_OK);
+    ASSERT_EQ(nodeCall(attr, LUM_NODE_SET_VALUE, {const_cast<char*>("urn:two")}, nullptr).code,
+              LUM_OK);
     const std::string written = kDecl + "<r><p:c";
 
     gStreamCalls.clear();
     SaveArgs stream;
-    stream.target = 2;
+    stream.target = LUM_SAVE_TO_STREAM;
     stream.streamWrite = recordStreamCall;
     SaveAnswer answer = save(document.cell, stream);
-    EXPECT_EQ(answer.code, 13);
+    EXPECT_EQ(answer.code, LUM_ERR_UNEXPECTED);
     std::string all;
     for (const StreamCall& call : gStreamCalls) all += call.bytes;
     EXPECT_EQ(all, written);
@@ -471,10 +473,10 @@ TEST_F(DocumentSave, OutputBeforeANamespaceErrorStaysInStreamAndFile) {
     TempDir dir;
     const std::string path = dir.file("partial.xml");
     SaveArgs file;
-    file.target = 0;
+    file.target = LUM_SAVE_TO_FILE;
     file.fileName = path.c_str();
     answer = save(document.cell, file);
-    EXPECT_EQ(answer.code, 13);
+    EXPECT_EQ(answer.code, LUM_ERR_UNEXPECTED);
     // A file without a byte-order mark is written in text mode ("\r\n" on Windows).
     EXPECT_EQ(readFile(path), lumtest::textModeBytes(written));
 }
@@ -486,7 +488,7 @@ TEST_F(DocumentSave, XmlExceptionTextIsFormattedByTheBudgetRule) {
     SaveArgs args;
     args.encoding = "x%%y%s";
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     EXPECT_FALSE(answer.handedOver);
     EXPECT_EQ(answer.message,
               "XML Parser Exception: unable to create converter for 'x%y%s' encoding");
@@ -501,7 +503,7 @@ TEST_F(DocumentSave, XmlExceptionTextReplacesWhatTheBufferHeld) {
     args.encoding = name.c_str();
     args.bufferBefore = std::string(250, 'p');
     SaveAnswer answer = save(document.cell, args);
-    EXPECT_EQ(answer.code, 11);
+    EXPECT_EQ(answer.code, LUM_ERR_SAVE);
     const std::string whole = "XML Parser Exception: unable to create converter for '" + name +
                               "' encoding";
     ASSERT_LE(whole.size(), 256u);

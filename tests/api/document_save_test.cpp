@@ -94,7 +94,7 @@ TEST_F(DocumentSave, CharactersTheEncodingCannotHoldBecomeCharacterReferences) {
 
 TEST_F(DocumentSave, NullDocumentWritesNothing) {
     SaveAnswer answer = save(nullptr, SaveArgs{});
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_TRUE(answer.handedOver);
     EXPECT_EQ(answer.length, 0u);
 }
@@ -106,11 +106,11 @@ protected:
     void makeDocument(const char* publicId, const char* systemId) {
         const char* qname = "top";
         void* made = nullptr;
-        Answer answer = docCall(document.cell, 31,
+        Answer answer = docCall(document.cell, LUM_DOC_NEW_WITH_DOCTYPE,
                                 {nullptr, const_cast<char*>(qname), const_cast<char*>(publicId),
                                  const_cast<char*>(systemId)},
                                 &made);
-        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_EQ(answer.code, LUM_OK) << answer.message;
         document.cell = made;
     }
 };
@@ -140,41 +140,42 @@ TEST_F(DocumentSaveDocumentType, KindSixOnTheDocumentTypeWritesItAlone) {
     makeDocument("", "s.dtd");
     int32_t index = 0;
     void* type = nullptr;
-    ASSERT_EQ(docCall(document.cell, 8, {&index}, &type).code, 0);
+    ASSERT_EQ(docCall(document.cell, LUM_DOC_CHILD_AT, {&index}, &type).code, LUM_OK);
     EXPECT_EQ(savedNode(type), "<!DOCTYPE top SYSTEM \"s.dtd\">");
 }
 
 // ---- other node kinds as the start node -------------------------------------------------
 
 TEST_F(DocumentSave, KindSixOnAnEntityWritesItsDeclarationWithCrLf) {
-    void* entity = createNode(document.cell, "ent", 6);
+    void* entity = createNode(document.cell, "ent", LUM_NODE_ENTITY);
     ASSERT_NE(entity, nullptr);
     EXPECT_EQ(savedNode(entity), "<!ENTITY ent>\r\n");
 }
 
 TEST_F(DocumentSave, KindSixOnATextNodeWritesItEscaped) {
-    void* text = createNode(document.cell, "", 3);
-    ASSERT_EQ(nodeCall(text, 20, {const_cast<char*>("a<b")}, nullptr).code, 0);
+    void* text = createNode(document.cell, "", LUM_NODE_TEXT);
+    ASSERT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("a<b")}, nullptr).code, LUM_OK);
     EXPECT_EQ(savedNode(text), "a&lt;b");
 }
 
 TEST_F(DocumentSave, KindSixOnAttributesFragmentsAndNotationsWritesNothing) {
     void* attr = createNode(document.cell, "a", kAttribute);
     EXPECT_EQ(savedNode(attr), "");
-    void* fragment = createNode(document.cell, "", 11);
+    void* fragment = createNode(document.cell, "", LUM_NODE_DOCUMENT_FRAGMENT);
     appendChild(fragment, createNode(document.cell, "x", kElement));
     EXPECT_EQ(savedNode(fragment), "");
-    EXPECT_EQ(savedNode(createNode(document.cell, "n", 12)), "");
+    EXPECT_EQ(savedNode(createNode(document.cell, "n", LUM_NODE_NOTATION)), "");
 }
 
 TEST_F(DocumentSave, ProcessingInstructionDataFollowsOneBlank) {
     void* r = createNode(document.cell, "r", kElement);
     appendToDocument(r);
-    void* pi = createNode(document.cell, "t", 7);
-    ASSERT_EQ(nodeCall(pi, 20, {const_cast<char*>("d e")}, nullptr).code, 0);
+    void* pi = createNode(document.cell, "t", LUM_NODE_PROCESSING_INSTRUCTION);
+    ASSERT_EQ(nodeCall(pi, LUM_NODE_SET_VALUE, {const_cast<char*>("d e")}, nullptr).code, LUM_OK);
     appendChild(r, pi);
-    void* comment = createNode(document.cell, "", 8);
-    ASSERT_EQ(nodeCall(comment, 20, {const_cast<char*>(" c&<")}, nullptr).code, 0);
+    void* comment = createNode(document.cell, "", LUM_NODE_COMMENT);
+    ASSERT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>(" c&<")}, nullptr).code,
+              LUM_OK);
     appendChild(r, comment);
     EXPECT_EQ(saved(), kDecl + "<r><?t d e?><!-- c&<--></r>");
 }
@@ -183,8 +184,9 @@ TEST_F(DocumentSave, AttributesAreWrittenInMapOrder) {
     void* r = createNode(document.cell, "r", kElement);
     appendToDocument(r);
     for (const char* name : {"zeta", "alpha", "mid"})
-        ASSERT_EQ(nodeCall(r, 14, {const_cast<char*>(name), const_cast<char*>(name)}, nullptr).code,
-                  0);
+        ASSERT_EQ(nodeCall(r, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>(name),
+                                                       const_cast<char*>(name)}, nullptr).code,
+                  LUM_OK);
     std::string names = attributeNames(r);
     std::string expected = "<r";
     size_t from = 0;
@@ -216,10 +218,10 @@ TEST_F(DocumentSave, RoundTripGivesIdenticalBytes) {
 TEST_F(DocumentSave, RoundTripOfTheExampleCatalogue) {
     HostDocument document;
     LoadAnswer loaded = document.loadFile(LUMXML_SOURCE_DIR "/examples/catalog.xml");
-    ASSERT_EQ(loaded.code, 0) << loaded.message;
+    ASSERT_EQ(loaded.code, LUM_OK) << loaded.message;
     const std::string first = saveToMemory(document.cell);
     HostDocument again;
-    ASSERT_EQ(again.loadMemory(first, 0, LUMXML_SOURCE_DIR "/examples/catalog.xml").code, 0);
+    ASSERT_EQ(again.loadMemory(first, 0, LUMXML_SOURCE_DIR "/examples/catalog.xml").code, LUM_OK);
     EXPECT_EQ(saveToMemory(again.cell), first);
 }
 
@@ -235,8 +237,8 @@ TEST_F(DocumentSave, HundredThousandLevelsDeepLoadAndSave) {
     for (int i = 0; i < depth; ++i) xml += "<e>";
     for (int i = 0; i < depth; ++i) xml += "</e>";
     HostDocument document;
-    LoadAnswer loaded = document.loadMemory(xml, 2);  // namespaces off
-    ASSERT_EQ(loaded.code, 0) << loaded.message;
+    LoadAnswer loaded = document.loadMemory(xml, LUM_LOAD_NO_NAMESPACES);  // namespaces off
+    ASSERT_EQ(loaded.code, LUM_OK) << loaded.message;
     std::string expected = kDecl;
     for (int i = 1; i < depth; ++i) expected += "<e>";
     expected += "<e/>";

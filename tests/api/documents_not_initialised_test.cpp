@@ -18,7 +18,7 @@ TEST(DocumentsNotInitialised, InitDocumentAnswersNotInitializedAndWritesNoDocume
     ErrorSlot error;
     void* cell = reinterpret_cast<void*>(0x1234);
     lumInitDocument(&cell, 1, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 2);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_EQ(cell, reinterpret_cast<void*>(0x1234));
 }
@@ -31,7 +31,7 @@ TEST(DocumentsNotInitialised, LoadAnswersNotInitializedBeforeAnythingElse) {
     int32_t limit = 0;
     lumDocLoad(&cell, 7, 9, encoding, "/nonexistent.xml", "<a/>", 4, "sys", &limit, 0, locations,
                error.buffer, &error.code);
-    EXPECT_EQ(error.code, 2);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_EQ(cell, nullptr);
     EXPECT_STREQ(encoding, "untouched");
@@ -40,7 +40,7 @@ TEST(DocumentsNotInitialised, LoadAnswersNotInitializedBeforeAnythingElse) {
 TEST(DocumentsNotInitialised, DeleteOfNullDocumentDoesNotCheckAndWritesNothing) {
     ErrorSlot error;
     lumDocDelete(nullptr, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0);
+    EXPECT_EQ(error.code, LUM_OK);
     EXPECT_EQ(error.text(), "");
 }
 
@@ -55,43 +55,45 @@ TEST(DocumentsAfterALateStart, StartWithAPresetCodeLeavesCodeAndBufferButStartsT
     char buffer[257];
     std::memset(buffer, 0x41, sizeof buffer);
     int32_t code = 5;
-    EXPECT_EQ(lumInitParser("utf-8", buffer, &code), 1);
-    EXPECT_EQ(code, 5);
+    EXPECT_EQ(lumInitParser("utf-8", buffer, &code), LUM_INIT_CODE_PAGE_FOUND);
+    EXPECT_EQ(code, LUM_ERR_CHILD_INDEX);
     for (size_t i = 0; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0x41) << "byte " << i;
 
     ErrorSlot error;
     void* cell = nullptr;
     lumInitDocument(&cell, 6060, error.buffer, &error.code);
-    ASSERT_EQ(error.code, 0) << error.text();
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     ASSERT_NE(cell, nullptr);
     void* element = nullptr;
-    int32_t type = 1;
-    ASSERT_EQ(docCall(cell, 1, {const_cast<char*>("e"), &type}, &element).code, 0);
-    ASSERT_EQ(docCall(cell, 2, {element, nullptr}, nullptr).code, 0);
+    int32_t type = LUM_NODE_ELEMENT;
+    ASSERT_EQ(docCall(cell, LUM_DOC_CREATE_NODE, {const_cast<char*>("e"), &type}, &element).code,
+              LUM_OK);
+    ASSERT_EQ(docCall(cell, LUM_DOC_INSERT_BEFORE, {element, nullptr}, nullptr).code, LUM_OK);
     int64_t handle = 0;
-    EXPECT_EQ(nodeCall(element, 17, {}, &handle).code, 0);
+    EXPECT_EQ(nodeCall(element, LUM_NODE_OWNER_HANDLE, {}, &handle).code, LUM_OK);
     EXPECT_EQ(handle, 6060);
 
     // A later, clean start makes the key; the earlier document keeps its record.
     code = 0;
-    EXPECT_EQ(lumInitParser("UTF-8", buffer, &code), 1);
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(lumInitParser("UTF-8", buffer, &code), LUM_INIT_CODE_PAGE_FOUND);
+    EXPECT_EQ(code, LUM_OK);
     handle = 0;
-    EXPECT_EQ(nodeCall(element, 17, {}, &handle).code, 0);
+    EXPECT_EQ(nodeCall(element, LUM_NODE_OWNER_HANDLE, {}, &handle).code, LUM_OK);
     EXPECT_EQ(handle, 6060);
 
     char encoding[257] = {0};
     const std::string bytes = "<b/>";
-    lumDocLoad(&cell, 0, 1, encoding, nullptr, bytes.data(), static_cast<uint32_t>(bytes.size()),
-               nullptr, nullptr, 0, nullptr, error.buffer, &error.code);
-    ASSERT_EQ(error.code, 0) << error.text();
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, bytes.data(),
+               static_cast<uint32_t>(bytes.size()), nullptr, nullptr, 0, nullptr, error.buffer,
+               &error.code);
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     void* root = nullptr;
-    ASSERT_EQ(docCall(cell, 4, {}, &root).code, 0);
+    ASSERT_EQ(docCall(cell, LUM_DOC_DOCUMENT_ELEMENT, {}, &root).code, LUM_OK);
     handle = 0;
-    EXPECT_EQ(nodeCall(root, 17, {}, &handle).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_OWNER_HANDLE, {}, &handle).code, LUM_OK);
     EXPECT_EQ(handle, 6060);
     lumDocDelete(cell, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0);
+    EXPECT_EQ(error.code, LUM_OK);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ TEST_F(Documents, InitDocumentWritesNoErrorAndLeavesTheCodeAlone) {
     EXPECT_EQ(error.text(), "");
     ErrorSlot deleteError;
     lumDocDelete(cell, deleteError.buffer, &deleteError.code);
-    EXPECT_EQ(deleteError.code, 0);
+    EXPECT_EQ(deleteError.code, LUM_OK);
 }
 
 TEST_F(Documents, InitDocumentAndDeleteNeverTouchABufferOnSuccess) {
@@ -94,7 +94,7 @@ TEST_F(Documents, LoadedFileReplacesTheDocumentAndTakesOverTheHostRecord) {
     HostDocument document(31337);
     void* before = document.cell;
     LoadAnswer answer = document.loadFile(dir.write("a.xml", "<root><child>hi</child></root>"));
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.message, "");
     EXPECT_NE(document.cell, before);
     EXPECT_EQ(nameOf(documentElement(document.cell)), "root");
@@ -107,7 +107,7 @@ TEST_F(Documents, LoadingTwiceKeepsTheRecordMoving) {
     HostDocument document(9);
     document.loadFile(dir.write("a.xml", "<a/>"));
     LoadAnswer answer = document.loadMemory("<b/>");
-    EXPECT_EQ(answer.code, 0);
+    EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_EQ(nameOf(documentElement(document.cell)), "b");
     EXPECT_EQ(hostRecord(document.cell)->hostHandle, 9);
 }
@@ -118,7 +118,7 @@ TEST_F(Documents, ReloadedDocumentStillAnswersTheHostHandle) {
     document.loadMemory("<b><c/></b>");
     int64_t handle = 0;
     void* c = childOf(documentElementOf(document.cell), 0);
-    EXPECT_EQ(nodeCall(c, 17, {}, &handle).code, 0);
+    EXPECT_EQ(nodeCall(c, LUM_NODE_OWNER_HANDLE, {}, &handle).code, LUM_OK);
     EXPECT_EQ(handle, 31337);
 }
 
@@ -129,7 +129,7 @@ TEST_F(Documents, SuccessfulLoadLeavesEveryBufferByteAndThePresetCodeAlone) {
     int32_t code = 77;
     char encoding[257] = {0};
     const std::string bytes = "<a/>";
-    lumDocLoad(&document.cell, 0, 1, encoding, nullptr, bytes.data(),
+    lumDocLoad(&document.cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, bytes.data(),
                static_cast<uint32_t>(bytes.size()), nullptr, nullptr, 0, nullptr, buffer, &code);
     EXPECT_EQ(code, 77);
     for (size_t i = 0; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0x5A) << "byte " << i;
@@ -144,7 +144,7 @@ TEST_F(Documents, FailureOverwritesAPresetCodeAndEndsTheTextWithItsNul) {
     char encoding[257] = {0};
     lumDocLoad(&document.cell, 0, 5, encoding, nullptr, nullptr, 0, nullptr, nullptr, 0, nullptr,
                buffer, &code);
-    EXPECT_EQ(code, -1);
+    EXPECT_EQ(code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_STREQ(buffer, "Not supported");
 }
 
@@ -153,7 +153,7 @@ TEST_F(Documents, WarningOnlyLoadReplacesTheDocumentAndAnswersCode8) {
     void* before = document.cell;
     LoadAnswer answer = document.loadMemory(
         "<!DOCTYPE a [<!ELEMENT a EMPTY><!ATTLIST a x CDATA #IMPLIED x CDATA #IMPLIED>]><a/>");
-    EXPECT_EQ(answer.code, 8);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_WARNING);
     EXPECT_EQ(answer.message, "WARNING: file 'MEMPTR', line '1', column '62', message "
                               "'attribute 'x' has already been declared for element 'a''");
     EXPECT_NE(document.cell, before);
@@ -165,7 +165,7 @@ TEST_F(Documents, WarningFollowedByAFatalErrorKeepsOnlyTheWarning) {
     HostDocument document;
     LoadAnswer answer = document.loadMemory(
         "<!DOCTYPE a [<!ELEMENT a ANY><!ATTLIST a x CDATA #IMPLIED x CDATA #IMPLIED>]><a></b>");
-    EXPECT_EQ(answer.code, 8);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_WARNING);
     EXPECT_EQ(answer.message, "WARNING: file 'MEMPTR', line '1', column '60', message "
                               "'attribute 'x' has already been declared for element 'a''");
 }
@@ -174,7 +174,7 @@ TEST_F(Documents, FatalErrorAdoptsThePartlyBuiltDocumentWithCode10) {
     HostDocument document;
     std::string path = dir.write("broken.xml", "<a><b>text</b><c>more</a>");
     LoadAnswer answer = document.loadFile(path);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message, "FATAL ERROR: file '" + path +
                                   "', line '1', column '24', message 'expected end of tag 'c''");
     // The partly built tree is the host's: it can walk it and delete it.
@@ -189,7 +189,7 @@ TEST_F(Documents, FatalErrorLineNamesTheFileLineAndColumn) {
     HostDocument document;
     std::string path = dir.write("two-lines.xml", "<a>\n  <b></c></a>");
     LoadAnswer answer = document.loadFile(path);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "', line '2', column '", 0), 0u)
         << answer.message;
     const std::string tail = "', message 'expected end of tag 'b''";
@@ -201,7 +201,7 @@ TEST_F(Documents, LongFatalMessageEndsAtCharacter256WithDotsAndTheClosingQuote) 
     HostDocument document;
     std::string name = repeated("n", 400);
     LoadAnswer answer = document.loadMemory("<" + name + "></x>");
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     ASSERT_EQ(answer.message.size(), 256u) << answer.message;
     std::string prefix = "FATAL ERROR: file 'MEMPTR', line '1', column '" +
                          std::to_string(name.size() + 5) + "', message ";
@@ -215,7 +215,7 @@ TEST_F(Documents, LongFatalMessageIsNeverCutInsideACharacter) {
         HostDocument document;
         std::string name = lead + repeated("\xC3\xA9", 200);
         LoadAnswer answer = document.loadMemory("<" + name + "></x>");
-        EXPECT_EQ(answer.code, 10);
+        EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
         EXPECT_LE(answer.message.size(), 256u);
         EXPECT_TRUE(isWholeUtf8(answer.message)) << answer.message;
         EXPECT_EQ(answer.message.substr(answer.message.size() - 4), "...'") << answer.message;
@@ -226,7 +226,7 @@ TEST_F(Documents, PercentSignsInAFileNameReachTheReporterLineVerbatim) {
     HostDocument document;
     std::string path = dir.write("p%d%s%%.xml", "<a></b>");
     LoadAnswer answer = document.loadFile(path);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "', line '1', column '", 0), 0u)
         << answer.message;
 }
@@ -236,7 +236,7 @@ TEST_F(Documents, MissingFileIsAFatalErrorAndKeepsTheOldDocument) {
     void* before = document.cell;
     std::string path = dir.file("missing.xml");
     LoadAnswer answer = document.loadFile(path);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message, "FATAL ERROR: file '', line '0', column '0', message 'unable to "
                               "open primary document entity '" + path + "''");
     EXPECT_EQ(document.cell, before);
@@ -248,7 +248,7 @@ TEST_F(Documents, MissingFileIsAFatalErrorAndKeepsTheOldDocument) {
 TEST_F(Documents, NameWithTwoLeadingSlashesReachesXercesWithBackslashes) {
     HostDocument document;
     LoadAnswer answer = document.loadFile("//server/share/doc.xml");
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_NE(answer.message.find("\\\\server\\share\\doc.xml'"), std::string::npos)
         << answer.message;
     EXPECT_EQ(answer.message.find('/' + std::string("/server")), std::string::npos);
@@ -262,7 +262,7 @@ TEST_F(Documents, NameWithOneLeadingSlashIsParsedUnchanged) {
     std::string path = dir.write("sub/one.xml", "<one/>");
     ASSERT_EQ(path[0], '/');
     LoadAnswer answer = document.loadFile(path);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(nameOf(documentElement(document.cell)), "one");
 }
 
@@ -273,7 +273,7 @@ TEST_F(Documents, FileUrlIsLoaded) {
     HostDocument document;
     std::string path = dir.write("url.xml", "<viaUrl/>");
     LoadAnswer answer = document.loadFile("file://" + path);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(nameOf(documentElement(document.cell)), "viaUrl");
 }
 
@@ -288,7 +288,7 @@ TEST_F(Documents, MemoryLoadWithoutSystemIdResolvesAgainstTheCurrentDirectory) {
     LoadAnswer answer = document.loadMemory("<!DOCTYPE a [<!ENTITY e SYSTEM \"" + cwdFile +
                                             "\">]><a>&e;</a>");
     std::remove(cwdFile.c_str());
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(textOf(documentElement(document.cell)), "from the current directory");
 }
 
@@ -298,14 +298,14 @@ TEST_F(Documents, MemoryLoadWithSystemIdResolvesAgainstIt) {
     HostDocument document;
     LoadAnswer answer = document.loadMemory(
         "<!DOCTYPE a [<!ENTITY e SYSTEM \"entity.txt\">]><a>&e;</a>", 0, systemId.c_str());
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(textOf(documentElement(document.cell)), "beside the system id");
 }
 
 TEST_F(Documents, MemoryFatalErrorNamesMEMPTR) {
     HostDocument document;
     LoadAnswer answer = document.loadMemory("<a>");
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message, "FATAL ERROR: file 'MEMPTR', line '1', column '4', message 'input "
                               "ended before all started tags were ended; last tag started is 'a''");
 }
@@ -313,9 +313,9 @@ TEST_F(Documents, MemoryFatalErrorNamesMEMPTR) {
 TEST_F(Documents, EmptyMemoryBlockIsAFatalError) {
     HostDocument document;
     LoadArgs args;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_NE(answer.message.find("FATAL ERROR: file 'MEMPTR'"), std::string::npos);
 }
 
@@ -323,7 +323,7 @@ TEST_F(Documents, NullFileNameIsReportedNotFollowed) {
     HostDocument document;
     LoadArgs args;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_NE(answer.message.find("unable to open primary document entity"), std::string::npos);
 }
 
@@ -332,7 +332,7 @@ TEST_F(Documents, GarbageBytesAreAFatalErrorNotACrash) {
     std::string garbage;
     for (int i = 0; i < 512; ++i) garbage.push_back(static_cast<char>((i * 97 + 13) & 0xFF));
     LoadAnswer answer = document.loadMemory(garbage);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
 }
 
 TEST_F(Documents, UnsupportedSourceKindAnswersNotSupportedAndKeepsTheDocument) {
@@ -342,7 +342,7 @@ TEST_F(Documents, UnsupportedSourceKindAnswersNotSupportedAndKeepsTheDocument) {
     args.sourceKind = 2;
     args.memory = "<a/>";
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, -1);
+    EXPECT_EQ(answer.code, LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(answer.message, "Not supported");
     EXPECT_EQ(answer.encoding, "");
     EXPECT_EQ(document.cell, before);
@@ -356,8 +356,8 @@ TEST_F(Documents, NamespacesOffKeepsPrefixedNamesAsPlainNames) {
     EXPECT_EQ(utf8(documentElement(withNamespaces.cell)->getNamespaceURI()), "urn:x");
 
     HostDocument without;
-    LoadAnswer answer = without.loadMemory(xml, 2);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    LoadAnswer answer = without.loadMemory(xml, LUM_LOAD_NO_NAMESPACES);
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(nameOf(documentElement(without.cell)), "p:a");
     EXPECT_EQ(documentElement(without.cell)->getLocalName(), nullptr);
     EXPECT_EQ(documentElement(without.cell)->getNamespaceURI(), nullptr);
@@ -365,30 +365,30 @@ TEST_F(Documents, NamespacesOffKeepsPrefixedNamesAsPlainNames) {
 
 TEST_F(Documents, UnboundPrefixIsFatalOnlyWithNamespaces) {
     HostDocument strict;
-    EXPECT_EQ(strict.loadMemory("<p:a/>").code, 10);
+    EXPECT_EQ(strict.loadMemory("<p:a/>").code, LUM_ERR_PARSE_FATAL);
     HostDocument plain;
-    EXPECT_EQ(plain.loadMemory("<p:a/>", 2).code, 0);
+    EXPECT_EQ(plain.loadMemory("<p:a/>", LUM_LOAD_NO_NAMESPACES).code, LUM_OK);
 }
 
 TEST_F(Documents, ValidationFlagReportsAnUndeclaredElementAsCode9) {
     HostDocument document;
     ::testing::internal::CaptureStdout();
-    LoadAnswer answer = document.loadMemory("<a/>", 1);
+    LoadAnswer answer = document.loadMemory("<a/>", LUM_LOAD_VALIDATE);
     std::string printed = ::testing::internal::GetCapturedStdout();
-    EXPECT_EQ(answer.code, 9);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_ERROR);
     EXPECT_EQ(answer.message, "'no declaration found for element 'a''");
     EXPECT_EQ(printed, "");
     HostDocument lax;
-    EXPECT_EQ(lax.loadMemory("<a/>").code, 0);
+    EXPECT_EQ(lax.loadMemory("<a/>").code, LUM_OK);
 }
 
 TEST_F(Documents, ValidationErrorIsOnlyTheQuotedMessageAndPrintsNothing) {
     HostDocument document;
     testing::internal::CaptureStdout();
     LoadAnswer answer =
-        document.loadMemory("<!DOCTYPE a [<!ELEMENT a EMPTY>]><a><b/></a>", 1);
+        document.loadMemory("<!DOCTYPE a [<!ELEMENT a EMPTY>]><a><b/></a>", LUM_LOAD_VALIDATE);
     std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(answer.code, 9);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_ERROR);
     ASSERT_FALSE(answer.message.empty());
     EXPECT_EQ(answer.message.front(), '\'');
     EXPECT_EQ(answer.message.back(), '\'');
@@ -407,7 +407,7 @@ TEST_F(Documents, EntityExpansionLimitZeroMakesAFileLoadFatal) {
     args.fileName = path.c_str();
     args.entityExpansionLimit = &limit;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 10);
+    EXPECT_EQ(answer.code, LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(answer.message.rfind("FATAL ERROR: file '" + path + "'", 0), 0u) << answer.message;
 }
 
@@ -415,11 +415,11 @@ TEST_F(Documents, NegativeExpansionLimitIsSignExtendedToNoLimit) {
     HostDocument document;
     int32_t limit = -1;
     LoadArgs args;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     args.memory = "<!DOCTYPE a [<!ENTITY e 'x'>]><a>" + repeated("&e;", 100) + "</a>";
     args.entityExpansionLimit = &limit;
     LoadAnswer answer = document.load(args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(nameOf(documentElementOf(document.cell)), "a");
 }
 
@@ -429,7 +429,7 @@ TEST_F(Documents, EncodingOfUtf8DocumentWithDeclaration) {
     HostDocument document;
     LoadAnswer answer =
         document.loadFile(dir.write("u.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a/>"));
-    EXPECT_EQ(answer.code, 0);
+    EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_EQ(answer.encoding, "UTF-8");
 }
 
@@ -437,7 +437,7 @@ TEST_F(Documents, EncodingOfIso88591DocumentIsItsDeclaredName) {
     HostDocument document;
     LoadAnswer answer = document.loadFile(
         dir.write("l.xml", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>caf\xE9</a>"));
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.encoding, "ISO-8859-1");
     EXPECT_EQ(textOf(documentElement(document.cell)), "caf\xC3\xA9");
 }
@@ -450,7 +450,7 @@ TEST_F(Documents, EncodingOfUtf16DocumentWithByteOrderMark) {
     }
     HostDocument document;
     LoadAnswer answer = document.loadFile(dir.write("w.xml", bytes));
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     // Xerces' own name for what it detected from the byte-order mark.
     EXPECT_EQ(answer.encoding, "UTF-16 (LE)");
     EXPECT_EQ(textOf(documentElement(document.cell)), "x");
@@ -459,21 +459,21 @@ TEST_F(Documents, EncodingOfUtf16DocumentWithByteOrderMark) {
 TEST_F(Documents, EncodingOfDocumentWithoutDeclarationIsWhatXercesDetected) {
     HostDocument document;
     LoadAnswer answer = document.loadFile(dir.write("n.xml", "<a/>"));
-    EXPECT_EQ(answer.code, 0);
+    EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_EQ(answer.encoding, "UTF-8");
 }
 
 TEST_F(Documents, EncodingOfDeclaredButUndetectedNameIsKept) {
     HostDocument document;
     LoadAnswer answer = document.loadMemory("<?xml version=\"1.0\" encoding=\"US-ASCII\"?><a/>");
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(answer.encoding, "US-ASCII");
 }
 
 TEST_F(Documents, EncodingOfADocumentDeclaredInAnotherCaseIsReported) {
     HostDocument document;
     LoadAnswer answer = document.loadMemory("<?xml version='1.0' encoding='utf-8'?><a/>");
-    EXPECT_EQ(answer.code, 0);
+    EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_FALSE(answer.encoding.empty());
     EXPECT_LE(answer.encoding.size(), 256u);
 }
@@ -485,18 +485,18 @@ TEST_F(Documents, DeleteOfALoadedDocumentWritesNoError) {
     ErrorSlot error;
     lumInitDocument(&cell, 5, error.buffer, &error.code);
     char encoding[300];
-    lumDocLoad(&cell, 0, 1, encoding, nullptr, "<a><b/></a>", 11, nullptr, nullptr, 0, nullptr,
-               error.buffer, &error.code);
-    ASSERT_EQ(error.code, 0);
+    lumDocLoad(&cell, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, "<a><b/></a>", 11, nullptr,
+               nullptr, 0, nullptr, error.buffer, &error.code);
+    ASSERT_EQ(error.code, LUM_OK);
     lumDocDelete(cell, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0);
+    EXPECT_EQ(error.code, LUM_OK);
     EXPECT_EQ(error.text(), "");
 }
 
 TEST_F(Documents, DeleteOfNullDocumentDoesNothing) {
     ErrorSlot error;
     lumDocDelete(nullptr, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0);
+    EXPECT_EQ(error.code, LUM_OK);
 }
 
 TEST_F(Documents, CreateInputSourceWithEmptyNameAndZeroLengthIsNull) {

@@ -30,15 +30,15 @@ std::string loadThrough(const std::string& directory, const std::string& text) {
     const char* locations[3] = {directory.c_str(), nullptr, nullptr};
     ErrorSlot error;
     char encoding[257] = {0};
-    lumDocLoad(&document, kNoDefaultResolution, 1, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, locations,
+    lumDocLoad(&document, kNoDefaultResolution, LUM_LOAD_FROM_MEMORY, encoding, nullptr,
+               text.data(), static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, locations,
                error.buffer, &error.code);
-    std::string out = error.code != 0 ? "ERROR " + error.text() : "";
+    std::string out = error.code != LUM_OK ? "ERROR " + error.text() : "";
     void* memory = nullptr;
     uint32_t length = 0;
     ErrorSlot saved;
-    lumDocSave(&document, 1, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr,
-               saved.buffer, &saved.code);
+    lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+               nullptr, saved.buffer, &saved.code);
     if (memory != nullptr) out.append(static_cast<const char*>(memory), length);
     std::free(memory);
     ErrorSlot gone;
@@ -49,11 +49,12 @@ std::string loadThrough(const std::string& directory, const std::string& text) {
 // Reads `text` with the pull reader and answers every character event's text.
 std::string pullThrough(const std::string& directory, const std::string& text) {
     SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, kNoDefaultResolution, -1);
+    lumtest::setUpMemoryPull(instance, text, kNoDefaultResolution, LUM_SAX_NO_ENTITY_LIMIT);
     instance.searchPath = directory.c_str();
     std::string characters;
     lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
-        if (event.kind == 7) characters += static_cast<const char*>(event.arg1);
+        if (event.kind == LUM_SAX_EVENT_CHARACTERS)
+            characters += static_cast<const char*>(event.arg1);
         return true;
     });
     lumSAXDeleteParserInstance(&instance);

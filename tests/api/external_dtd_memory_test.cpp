@@ -36,7 +36,7 @@ TEST_F(ExternalDtdMemory, DocumentLoadsFromAFileLeaveNothingBehind) {
     HostDocument doc;
     for (int i = 0; i < kRounds; ++i) {
         lumtest::LoadAnswer answer = doc.loadFile(file);
-        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_EQ(answer.code, LUM_OK) << answer.message;
     }
 }
 
@@ -44,7 +44,7 @@ TEST_F(ExternalDtdMemory, DocumentLoadsFromMemoryLeaveNothingBehind) {
     HostDocument doc;
     for (int i = 0; i < kRounds; ++i) {
         lumtest::LoadAnswer answer = doc.loadMemory(document, 0, file.c_str());
-        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_EQ(answer.code, LUM_OK) << answer.message;
     }
 }
 
@@ -52,9 +52,9 @@ TEST_F(ExternalDtdMemory, DocumentLoadsWithoutACellLeaveNothingBehind) {
     for (int i = 0; i < kRounds; ++i) {
         char buffer[257] = "";
         int32_t code = 0;
-        lumDocLoad(nullptr, 0, 0, nullptr, file.c_str(), nullptr, 0, nullptr, nullptr, 0, nullptr,
-                   buffer, &code);
-        ASSERT_EQ(code, 0) << buffer;
+        lumDocLoad(nullptr, 0, LUM_LOAD_FROM_FILE, nullptr, file.c_str(), nullptr, 0, nullptr,
+                   nullptr, 0, nullptr, buffer, &code);
+        ASSERT_EQ(code, LUM_OK) << buffer;
     }
 }
 
@@ -65,7 +65,7 @@ TEST_F(ExternalDtdMemory, PullReadsToTheEndLeaveNothingBehind) {
         record.setLimit(-1);  // no limit: the entity is expanded
         std::vector<std::string> events = lumtest::drain(record);
         ASSERT_FALSE(events.empty());
-        EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+        EXPECT_EQ(record.errorCode(), LUM_OK) << record.errorText();
     }
 }
 
@@ -74,8 +74,8 @@ TEST_F(ExternalDtdMemory, PullReadsAbandonedHalfWayLeaveNothingBehind) {
         HostRecord record;
         record.setFile(file);
         record.setLimit(-1);  // no limit: the entity is expanded
-        ASSERT_EQ(record.first(), 1);
-        ASSERT_EQ(record.next(), 1);
+        ASSERT_EQ(record.first(), LUM_SAX_MORE);
+        ASSERT_EQ(record.next(), LUM_SAX_MORE);
     }
 }
 
@@ -84,9 +84,9 @@ TEST_F(ExternalDtdMemory, OneShotValidationsLeaveNothingBehind) {
         HostRecord record;
         record.setFile(file);
         record.setLimit(-1);  // no limit: the entity is expanded
-        record.setFlags(2);
+        record.setFlags(LUM_SAX_VALIDATE);
         EXPECT_EQ(lumSAXParse(record.get()), 1);
-        EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+        EXPECT_EQ(record.errorCode(), LUM_OK) << record.errorText();
     }
 }
 

@@ -42,11 +42,11 @@ protected:
         if (document == nullptr) {
             ErrorSlot made;
             lumInitDocument(&document, 1, made.buffer, &made.code);
-            ASSERT_EQ(made.code, 0);
+            ASSERT_EQ(made.code, LUM_OK);
         }
         error.clear();
         char encoding[257] = {0};
-        lumDocLoad(&document, flags, 1, encoding, nullptr, text.data(),
+        lumDocLoad(&document, flags, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
                    static_cast<uint32_t>(text.size()), systemId, limit, 0, nullptr,
                    error.buffer, &error.code);
     }
@@ -54,7 +54,7 @@ protected:
     void* root() {
         void* element = nullptr;
         ErrorSlot e;
-        lumDocExecute(document, 4, nullptr, &element, e.buffer, &e.code);
+        lumDocExecute(document, LUM_DOC_DOCUMENT_ELEMENT, nullptr, &element, e.buffer, &e.code);
         return element;
     }
 
@@ -67,22 +67,22 @@ protected:
             pending.pop_back();
             ErrorSlot e;
             int32_t type = 0;
-            lumNodeExecute(n, 18, nullptr, &type, e.buffer, &e.code);
-            if (type == 3 || type == 4) {
+            lumNodeExecute(n, LUM_NODE_TYPE_CODE, nullptr, &type, e.buffer, &e.code);
+            if (type == LUM_NODE_TEXT || type == LUM_NODE_CDATA_SECTION) {
                 char* value = nullptr;
                 int32_t length = 0;
                 void* args[2] = {&value, &length};
-                lumNodeExecute(n, 36, args, nullptr, e.buffer, &e.code);
+                lumNodeExecute(n, LUM_NODE_WHOLE_VALUE, args, nullptr, e.buffer, &e.code);
                 if (value != nullptr) out.append(value, static_cast<size_t>(length));
                 void* release[1] = {&value};
-                lumNodeExecute(n, 38, release, nullptr, e.buffer, &e.code);
+                lumNodeExecute(n, LUM_NODE_RELEASE_VALUE, release, nullptr, e.buffer, &e.code);
             }
             int32_t count = 0;
-            lumNodeExecute(n, 5, nullptr, &count, e.buffer, &e.code);
+            lumNodeExecute(n, LUM_NODE_CHILD_COUNT, nullptr, &count, e.buffer, &e.code);
             for (int32_t i = count - 1; i >= 0; --i) {
                 void* child = nullptr;
                 void* args[1] = {&i};
-                lumNodeExecute(n, 8, args, &child, e.buffer, &e.code);
+                lumNodeExecute(n, LUM_NODE_CHILD_AT, args, &child, e.buffer, &e.code);
                 pending.push_back(child);
             }
         }
@@ -93,9 +93,9 @@ protected:
         ErrorSlot e;
         void* memory = nullptr;
         uint32_t length = 0;
-        lumDocSave(&document, 1, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr,
-                   e.buffer, &e.code);
-        EXPECT_EQ(e.code, 0) << e.text();
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+                   nullptr, e.buffer, &e.code);
+        EXPECT_EQ(e.code, LUM_OK) << e.text();
         std::string out(static_cast<const char*>(memory), length);
         std::free(memory);
         return out;
@@ -114,7 +114,7 @@ void expectTerminatedWithinBudget(const ErrorSlot& error) {
 TEST_F(HostileDom, BillionLaughsStopsAtTheExpansionLimit) {
     int32_t limit = 50000;
     load(billionLaughs(), 0, &limit);
-    EXPECT_EQ(error.code, 10) << error.text();
+    EXPECT_EQ(error.code, LUM_ERR_PARSE_FATAL) << error.text();
     EXPECT_NE(error.text().find("FATAL ERROR"), std::string::npos);
     expectTerminatedWithinBudget(error);
 }
@@ -127,7 +127,7 @@ TEST_F(HostileDom, QuadraticBlowupIsNotStoppedByTheLimitButLoads) {
     text += "</q>";
     int32_t limit = 50000;
     load(text, 0, &limit);
-    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(textOf(root()).size(), 400u * 10000u);
 }
 
@@ -135,7 +135,7 @@ TEST_F(HostileDom, HundredThousandLevelsLoadWalkAndSave) {
     const size_t depth = 100000;
     std::string text = lumtest::nestedElements(depth);
     load(text);
-    ASSERT_EQ(error.code, 0) << error.text();
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(textOf(root()), "x");
     std::string saved = save();
     EXPECT_EQ(saved, "<?xml version=\"1.0\" ?>\n" + text);
@@ -152,21 +152,21 @@ TEST_F(HostileDom, HundredThousandLevelsLoadWalkAndSave) {
 TEST_F(HostileDom, MillionLevelsLoadWalkCloneSaveAndDelete) {
     const size_t depth = 1000000;
     std::string text = lumtest::nestedElements(depth);
-    load(text, 2);
-    ASSERT_EQ(error.code, 0) << error.text();
+    load(text, LUM_LOAD_NO_NAMESPACES);
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     void* element = root();
     EXPECT_EQ(textOf(element), "x");
     ErrorSlot e;
     int32_t deep = 1;
     void* cloneArgs[1] = {&deep};
     void* copy = nullptr;
-    lumNodeExecute(element, 9, cloneArgs, &copy, e.buffer, &e.code);
-    EXPECT_EQ(e.code, 0) << e.text();
+    lumNodeExecute(element, LUM_NODE_CLONE, cloneArgs, &copy, e.buffer, &e.code);
+    EXPECT_EQ(e.code, LUM_OK) << e.text();
     EXPECT_NE(copy, nullptr);
     EXPECT_EQ(save(), "<?xml version=\"1.0\" ?>\n" + text);
     ErrorSlot gone;
     lumDocDelete(document, gone.buffer, &gone.code);
-    EXPECT_EQ(gone.code, 0);
+    EXPECT_EQ(gone.code, LUM_OK);
     document = nullptr;
 }
 
@@ -175,21 +175,21 @@ TEST_F(HostileDom, TwentyThousandAttributesOnOneElement) {
     for (int i = 0; i < 20000; ++i) text += " a" + std::to_string(i) + "='" + std::to_string(i) + "'";
     text += "/>";
     load(text);
-    ASSERT_EQ(error.code, 0) << error.text();
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     ErrorSlot e;
     char value[32] = {0};
     int32_t limit = sizeof value;
     const char* name = "a19999";
     void* args[2] = {const_cast<char*>(name), &limit};
-    lumNodeExecute(root(), 13, args, value, e.buffer, &e.code);
-    EXPECT_EQ(e.code, 0);
+    lumNodeExecute(root(), LUM_NODE_ATTRIBUTE_VALUE, args, value, e.buffer, &e.code);
+    EXPECT_EQ(e.code, LUM_OK);
     EXPECT_STREQ(value, "19999");
 }
 
 TEST_F(HostileDom, TenMegabyteAttributeValueRoundTrips) {
     std::string value(10u << 20, 'v');
     load("<r a='" + value + "'/>");
-    ASSERT_EQ(error.code, 0) << error.text();
+    ASSERT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(save(), "<?xml version=\"1.0\" ?>\n<r a=\"" + value + "\"/>");
 }
 
@@ -197,7 +197,7 @@ TEST_F(HostileDom, LongElementNameInAnErrorMessageStaysInTheBuffer) {
     std::string name;
     for (int i = 0; i < 2500; ++i) name += "\xC3\xA9";  // 5 KB of two-byte letters
     load("<" + name + "></" + name + "x>");
-    EXPECT_EQ(error.code, 10);
+    EXPECT_EQ(error.code, LUM_ERR_PARSE_FATAL);
     expectTerminatedWithinBudget(error);
     std::string text = error.text();
     // The cut keeps whole UTF-8 characters before "...'".
@@ -224,7 +224,9 @@ TEST_F(HostileDom, MalformedEncodingsAreFatalErrorsNotCrashes) {
     };
     for (const std::string& input : inputs) {
         load(input);
-        EXPECT_TRUE(error.code == 0 || error.code == 3 || error.code == 10) << error.code;
+        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE ||
+                    error.code == LUM_ERR_PARSE_FATAL)
+            << error.code;
         expectTerminatedWithinBudget(error);
     }
 }
@@ -236,11 +238,12 @@ TEST_F(HostileDom, EveryPrefixOfARichDocumentLoadsOrFailsCleanly) {
         "<p:c>t &e; &amp; caf\xC3\xA9</p:c><!--c--><?pi d?><![CDATA[<c>]]><e/></r>";
     for (size_t length = 0; length <= rich.size(); ++length) {
         load(rich.substr(0, length));
-        EXPECT_TRUE(error.code == 0 || error.code == 3 || error.code == 10)
+        EXPECT_TRUE(error.code == LUM_OK || error.code == LUM_ERR_PARSE ||
+                    error.code == LUM_ERR_PARSE_FATAL)
             << length << ": " << error.code << " " << error.text();
         if (root() != nullptr) textOf(root());
     }
-    EXPECT_EQ(error.code, 0);
+    EXPECT_EQ(error.code, LUM_OK);
 }
 
 #if !defined(_WIN32)
@@ -291,7 +294,7 @@ TEST_F(HostileDom, NoDefaultResolutionReadsNoFileAndOpensNoConnection) {
     documents.push_back("<!DOCTYPE r [<!ENTITY s SYSTEM '" + listener.url("e") + "'>]><r>&s;</r>");
 #endif
     for (const std::string& text : documents) {
-        load(text, 4);
+        load(text, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION);
         void* element = root();
         if (element != nullptr) {
             EXPECT_EQ(textOf(element).find("SECRET"), std::string::npos) << text;
@@ -315,10 +318,10 @@ TEST_F(HostileDom, EntityDirectoriesDoNotConfineWithDefaultResolution) {
     ErrorSlot made;
     lumInitDocument(&document, 1, made.buffer, &made.code);
     char encoding[257] = {0};
-    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
+    lumDocLoad(&document, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
                static_cast<uint32_t>(text.size()), nullptr, nullptr, 0, locations,
                error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
     EXPECT_EQ(textOf(root()), "OUTSIDE");
 }
 

@@ -48,7 +48,7 @@ Loaded loadText(const std::string& text, const int32_t* limit, uint32_t flags = 
     lumInitDocument(&document, 1, made.buffer, &made.code);
     ErrorSlot error;
     char encoding[257] = {0};
-    lumDocLoad(&document, flags, 1, encoding, nullptr, text.data(),
+    lumDocLoad(&document, flags, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
                static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
                &error.code);
     Loaded loaded{error.code, error.text()};
@@ -70,7 +70,8 @@ Pulled pullText(const std::string& text, int32_t limit, uint32_t flags = 0) {
     Pulled out;
     out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         ++out.events;
-        if (event.kind == 17) out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
+        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
+            out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
         return true;
     });
     out.errorCode = instance.errorCode;
@@ -97,14 +98,14 @@ std::string tenParameterReferences() {
 
 TEST_F(HostileLimits, ParameterEntityBombEndsLoadAtTheLimit) {
     Loaded loaded = loadText(lumtest::parameterEntityBomb(9, "<!--l-->"), &limit);
-    EXPECT_EQ(loaded.code, 10);
+    EXPECT_EQ(loaded.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(loaded.message, kParameterLimit)) << loaded.message;
     EXPECT_TRUE(mentions(loaded.message, "'50000'")) << loaded.message;
 }
 
 TEST_F(HostileLimits, EmptyParameterEntityBombEndsLoadAtTheLimit) {
     Loaded loaded = loadText(lumtest::parameterEntityBomb(9, ""), &limit);
-    EXPECT_EQ(loaded.code, 10);
+    EXPECT_EQ(loaded.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(loaded.message, kParameterLimit)) << loaded.message;
 }
 
@@ -113,28 +114,29 @@ TEST_F(HostileLimits, ParameterEntityBombEndsPullWithAFatalErrorEvent) {
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_TRUE(mentions(pulled.fatalErrors[0], kParameterLimit)) << pulled.fatalErrors[0];
     EXPECT_EQ(pulled.lastResult, 0);
-    EXPECT_EQ(pulled.errorCode, 0);
+    EXPECT_EQ(pulled.errorCode, LUM_OK);
 }
 
 TEST_F(HostileLimits, ParameterExpansionsUpToTheLimitLoad) {
     const int32_t ten = 10, nine = 9;
-    EXPECT_EQ(loadText(tenParameterReferences(), &ten).code, 0);
+    EXPECT_EQ(loadText(tenParameterReferences(), &ten).code, LUM_OK);
     Loaded over = loadText(tenParameterReferences(), &nine);
-    EXPECT_EQ(over.code, 10);
+    EXPECT_EQ(over.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(over.message, "'9' parameter entity expansions")) << over.message;
     EXPECT_TRUE(pullText(tenParameterReferences(), 10).fatalErrors.empty());
     EXPECT_EQ(pullText(tenParameterReferences(), 9).fatalErrors.size(), 1u);
 }
 
 TEST_F(HostileLimits, ParameterExpansionsAreNotCountedWithoutALimit) {
-    EXPECT_EQ(loadText(lumtest::parameterEntityBomb(3, "<!--l-->"), nullptr).code, 0);
-    EXPECT_TRUE(pullText(lumtest::parameterEntityBomb(3, "<!--l-->"), -1).fatalErrors.empty());
+    EXPECT_EQ(loadText(lumtest::parameterEntityBomb(3, "<!--l-->"), nullptr).code, LUM_OK);
+    EXPECT_TRUE(pullText(lumtest::parameterEntityBomb(3, "<!--l-->"), LUM_SAX_NO_ENTITY_LIMIT)
+                    .fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, QuadraticBlowupEndsAtTheAmplificationLimit) {
     const std::string text = lumtest::quadraticBlowup(50000, 20000);
     Loaded loaded = loadText(text, &limit);
-    EXPECT_EQ(loaded.code, 10);
+    EXPECT_EQ(loaded.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(loaded.message, kAmplificationLimit)) << loaded.message;
     EXPECT_TRUE(mentions(loaded.message, "'8388608' characters")) << loaded.message;
     Pulled pulled = pullText(text, limit);
@@ -146,7 +148,7 @@ TEST_F(HostileLimits, QuadraticBlowupEndsAtTheAmplificationLimit) {
 TEST_F(HostileLimits, AttributeBlowupEndsAtTheAmplificationLimit) {
     const std::string text = lumtest::attributeBlowup(9, 4000);
     Loaded loaded = loadText(text, &limit);
-    EXPECT_EQ(loaded.code, 10);
+    EXPECT_EQ(loaded.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(loaded.message, kAmplificationLimit)) << loaded.message;
     Pulled pulled = pullText(text, limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
@@ -156,7 +158,7 @@ TEST_F(HostileLimits, AttributeBlowupEndsAtTheAmplificationLimit) {
 TEST_F(HostileLimits, ExpansionsBelowTheThresholdLoad) {
     // 8 * 10^6 characters, just below 8 MiB.
     const std::string text = lumtest::quadraticBlowup(8000, 1000);
-    EXPECT_EQ(loadText(text, &limit).code, 0);
+    EXPECT_EQ(loadText(text, &limit).code, LUM_OK);
     Pulled pulled = pullText(text, limit);
     EXPECT_TRUE(pulled.fatalErrors.empty());
     EXPECT_EQ(pulled.lastResult, 0);
@@ -164,14 +166,14 @@ TEST_F(HostileLimits, ExpansionsBelowTheThresholdLoad) {
 
 TEST_F(HostileLimits, AmplificationIsNotLimitedWithoutALimit) {
     const std::string text = lumtest::quadraticBlowup(10000, 1000);
-    EXPECT_EQ(loadText(text, nullptr).code, 0);
-    EXPECT_TRUE(pullText(text, -1).fatalErrors.empty());
+    EXPECT_EQ(loadText(text, nullptr).code, LUM_OK);
+    EXPECT_TRUE(pullText(text, LUM_SAX_NO_ENTITY_LIMIT).fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, NamespacedNestingIsLimitedToTenThousandLevels) {
-    EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(10000), &limit).code, 0);
+    EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(10000), &limit).code, LUM_OK);
     Loaded deeper = loadText(lumtest::nestedNamespacedElements(10001), &limit);
-    EXPECT_EQ(deeper.code, 10);
+    EXPECT_EQ(deeper.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(deeper.message, kNestingLimit)) << deeper.message;
     EXPECT_TRUE(mentions(deeper.message, "'10000' deep")) << deeper.message;
 
@@ -184,33 +186,34 @@ TEST_F(HostileLimits, NamespacedNestingIsLimitedToTenThousandLevels) {
 
 TEST_F(HostileLimits, NestingIsNotLimitedWithNamespacesOffOrWithoutALimit) {
     const std::string deep = lumtest::nestedElements(20000);
-    EXPECT_EQ(loadText(deep, &limit, 2).code, 0);  // load flag 2: namespaces off
-    EXPECT_TRUE(pullText(deep, limit, 1).fatalErrors.empty());  // reader bit 0
-    EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(20000), nullptr).code, 0);
-    EXPECT_TRUE(pullText(lumtest::nestedNamespacedElements(20000), -1).fatalErrors.empty());
+    EXPECT_EQ(loadText(deep, &limit, LUM_LOAD_NO_NAMESPACES).code, LUM_OK);
+    EXPECT_TRUE(pullText(deep, limit, LUM_SAX_NO_NAMESPACES).fatalErrors.empty());
+    EXPECT_EQ(loadText(lumtest::nestedNamespacedElements(20000), nullptr).code, LUM_OK);
+    EXPECT_TRUE(pullText(lumtest::nestedNamespacedElements(20000), LUM_SAX_NO_ENTITY_LIMIT)
+                    .fatalErrors.empty());
 }
 
 TEST_F(HostileLimits, DistinctNamesInADomAreLimited) {
-    EXPECT_EQ(loadText(wideElement(19999), &limit).code, 0);  // with the element's name: 20000
+    EXPECT_EQ(loadText(wideElement(19999), &limit).code, LUM_OK);  // with the element's name: 20000
     Loaded over = loadText(wideElement(20000), &limit);
-    EXPECT_EQ(over.code, 10);
+    EXPECT_EQ(over.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(over.message, kNameLimit)) << over.message;
     // The pull reader counts element names only; without a limit nothing is
     // counted.
     EXPECT_TRUE(pullText(wideElement(20000), limit).fatalErrors.empty());
-    EXPECT_EQ(loadText(wideElement(20000), nullptr).code, 0);
+    EXPECT_EQ(loadText(wideElement(20000), nullptr).code, LUM_OK);
 }
 
 TEST_F(HostileLimits, AttributeDeclarationsOfOneElementTypeAreLimited) {
-    EXPECT_EQ(loadText(declaredAttributes(256), &limit).code, 0);
+    EXPECT_EQ(loadText(declaredAttributes(256), &limit).code, LUM_OK);
     Loaded over = loadText(declaredAttributes(257), &limit);
-    EXPECT_EQ(over.code, 10);
+    EXPECT_EQ(over.code, LUM_ERR_PARSE_FATAL);
     EXPECT_TRUE(mentions(over.message, kDeclarationLimit)) << over.message;
     EXPECT_TRUE(pullText(declaredAttributes(256), limit).fatalErrors.empty());
     Pulled pulled = pullText(declaredAttributes(257), limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_TRUE(mentions(pulled.fatalErrors[0], kDeclarationLimit));
-    EXPECT_EQ(loadText(declaredAttributes(300), nullptr).code, 0);
+    EXPECT_EQ(loadText(declaredAttributes(300), nullptr).code, LUM_OK);
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ struct Pull {
 };
 
 // Runs a memory document to its end as a host does.
-Pull pull(const std::string& text, uint32_t flags = 0, int32_t limit = -1,
+Pull pull(const std::string& text, uint32_t flags = 0,
+          int32_t limit = LUM_SAX_NO_ENTITY_LIMIT,
           size_t maxEvents = 5000000) {
     SaxParserInstance instance;
     lumtest::setUpMemoryPull(instance, text, flags, limit);
@@ -33,7 +34,8 @@ Pull pull(const std::string& text, uint32_t flags = 0, int32_t limit = -1,
     out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         if (out.names.size() >= maxEvents) return false;
         out.names.push_back(event.name != nullptr ? event.name : "");
-        if (event.kind == 7) out.characters += reinterpret_cast<uintptr_t>(event.arg2) & 0xffffffffu;
+        if (event.kind == LUM_SAX_EVENT_CHARACTERS)
+            out.characters += reinterpret_cast<uintptr_t>(event.arg2) & 0xffffffffu;
         return true;
     });
     out.errorCode = instance.errorCode;
@@ -64,18 +66,18 @@ TEST_F(HostileSax, HundredThousandLevelsWithoutNamespacesReadToTheEnd) {
     std::string text;
     for (int i = 0; i < 100000; ++i) text += "<e>";
     for (int i = 0; i < 100000; ++i) text += "</e>";
-    Pull p = pull(text, 1);
+    Pull p = pull(text, LUM_SAX_NO_NAMESPACES);
     EXPECT_EQ(count(p, "StartElement"), 100000u);
     EXPECT_EQ(count(p, "EndElement"), 100000u);
     EXPECT_EQ(p.names.back(), "EndDocument");
-    EXPECT_EQ(p.errorCode, 0);
+    EXPECT_EQ(p.errorCode, LUM_OK);
 }
 
 TEST_F(HostileSax, MillionLevelsWithoutNamespacesReadToTheEnd) {
     std::string text;
     for (int i = 0; i < 1000000; ++i) text += "<e>";
     for (int i = 0; i < 1000000; ++i) text += "</e>";
-    Pull p = pull(text, 1);
+    Pull p = pull(text, LUM_SAX_NO_NAMESPACES);
     EXPECT_EQ(count(p, "StartElement"), 1000000u);
     EXPECT_EQ(p.names.back(), "EndDocument");
 }
@@ -86,15 +88,15 @@ TEST_F(HostileSax, TwoHundredThousandAttributesArriveInOneList) {
     text += "/>";
     SaxParserInstance instance;
     std::memset(&instance, 0, sizeof instance);
-    instance.inputKind = 1;
+    instance.inputKind = LUM_SAX_INPUT_MEMORY;
     instance.memoryBuffer = text.data();
     instance.memoryLength = static_cast<uint32_t>(text.size());
-    instance.entityExpansionLimit = -1;
+    instance.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
     int32_t more = lumSAXParseFirst(&instance);
     bool seen = false;
-    while (more == 1) {
+    while (more == LUM_SAX_MORE) {
         SaxEvent* event = instance.eventHead;
-        if (event != nullptr && event->kind == 5) {
+        if (event != nullptr && event->kind == LUM_SAX_EVENT_START_ELEMENT) {
             const SaxAttrList* list = LUM_SAX_EVENT_ATTRIBUTES(event);
             EXPECT_EQ(list->count, 200000);
             EXPECT_EQ(list->capacity, 300000);
@@ -167,15 +169,16 @@ TEST_F(HostileSax, NoDefaultResolutionReadsNoFile) {
     for (const std::string& text : documents) {
         SaxParserInstance instance;
         std::memset(&instance, 0, sizeof instance);
-        instance.flags = 4;
-        instance.inputKind = 1;
+        instance.flags = LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION;
+        instance.inputKind = LUM_SAX_INPUT_MEMORY;
         instance.memoryBuffer = text.data();
         instance.memoryLength = static_cast<uint32_t>(text.size());
-        instance.entityExpansionLimit = -1;
-        for (int32_t more = lumSAXParseFirst(&instance); more == 1;
+        instance.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
+        for (int32_t more = lumSAXParseFirst(&instance); more == LUM_SAX_MORE;
              more = lumSAXParseNext(&instance)) {
             const SaxEvent* event = instance.eventHead;
-            if (event != nullptr && event->kind == 7 && event->arg1 != nullptr) {
+            if (event != nullptr && event->kind == LUM_SAX_EVENT_CHARACTERS &&
+                event->arg1 != nullptr) {
                 EXPECT_EQ(std::string(static_cast<const char*>(event->arg1)).find("SECRET"),
                           std::string::npos);
             }
@@ -189,11 +192,11 @@ TEST_F(HostileSax, OneShotValidationOfBillionLaughsStopsAtTheLimit) {
     std::string file = dir.write("laughs.xml", billionLaughs());
     SaxParserInstance instance;
     std::memset(&instance, 0, sizeof instance);
-    instance.inputKind = 0;
+    instance.inputKind = LUM_SAX_INPUT_FILE;
     instance.fileName = file.c_str();
     instance.entityExpansionLimit = 50000;
     EXPECT_EQ(lumSAXParse(&instance), 1);
-    EXPECT_EQ(instance.errorCode, 10);
+    EXPECT_EQ(instance.errorCode, LUM_ERR_PARSE_FATAL);
     lumSAXDeleteParserInstance(&instance);
 }
 

@@ -20,7 +20,7 @@ protected:
         ASSERT_EQ(document.loadMemory("<caf\xC3\xA9 n\xC3\xA9=\"\xC3\xA9t\xC3\xA9\">"
                                       "d\xC3\xA9j\xC3\xA0 \xE2\x82\xAC</caf\xC3\xA9>")
                       .code,
-                  0);
+                  LUM_OK);
         root = documentElementOf(document.cell);
     }
     LibraryStarted started{"ISO-8859-1"};
@@ -33,17 +33,18 @@ TEST_F(Latin1Methods, NameArrivesInTheHostCodePage) {
     int32_t limit = 5;  // "café" is 4 UTF-16 units
     void* slots[1] = {&limit};
     ErrorSlot error;
-    lumNodeExecute(root, 21, slots, name, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0);
+    lumNodeExecute(root, LUM_NODE_NAME, slots, name, error.buffer, &error.code);
+    EXPECT_EQ(error.code, LUM_OK);
     EXPECT_STREQ(name, "caf\xE9");
     limit = 4;
-    EXPECT_EQ(nodeCall(root, 21, {&limit}, name).code, 12);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_NAME, {&limit}, name).code, LUM_ERR_STRING_LENGTH);
 }
 
 TEST_F(Latin1Methods, AttributeLookupTakesAHostName) {
     char value[16];
     int32_t limit = 4;
-    EXPECT_EQ(nodeCall(root, 13, {const_cast<char*>("n\xE9"), &limit}, value).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("n\xE9"), &limit},
+                       value).code, LUM_OK);
     EXPECT_STREQ(value, "\xE9t\xE9");
 }
 
@@ -52,20 +53,21 @@ TEST_F(Latin1Methods, UnrepresentableCharacterIsSubstituted) {
     char value[16];
     std::memset(value, '#', sizeof value);
     int32_t limit = 16;
-    EXPECT_EQ(nodeCall(text, 19, {&limit}, value).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_VALUE, {&limit}, value).code, LUM_OK);
     // "déjà €": 6 units; the euro sign has no ISO-8859-1 byte.
     EXPECT_EQ(std::string(value, 6), "d\xE9j\xE0 \x1A");
 }
 
 TEST_F(Latin1Methods, ValueSetFromHostBytesIsStoredAsUnicode) {
     void* text = childOf(root, 0);
-    EXPECT_EQ(nodeCall(text, 20, {const_cast<char*>("gar\xE7on")}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("gar\xE7on")}, nullptr).code,
+              LUM_OK);
     char* whole = nullptr;
     int32_t length = 0;
-    EXPECT_EQ(nodeCall(text, 36, {&whole, &length}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_WHOLE_VALUE, {&whole, &length}, nullptr).code, LUM_OK);
     EXPECT_STREQ(whole, "gar\xE7on");
     EXPECT_EQ(length, 6);
-    nodeCall(text, 38, {&whole}, nullptr);
+    nodeCall(text, LUM_NODE_RELEASE_VALUE, {&whole}, nullptr);
 }
 
 

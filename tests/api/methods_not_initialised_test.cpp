@@ -19,7 +19,7 @@ TEST_P(MethodsNotInitialised, NodeMethodAnswersNotInitializedWithCode2) {
     ErrorSlot error;
     char result[16] = "untouched";
     lumNodeExecute(nullptr, GetParam(), nullptr, result, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 2);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_STREQ(result, "untouched");
 }
@@ -28,7 +28,7 @@ TEST_P(MethodsNotInitialised, DocumentMethodAnswersNotInitializedWithCode2) {
     ErrorSlot error;
     char result[16] = "untouched";
     lumDocExecute(nullptr, GetParam(), nullptr, result, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 2);
+    EXPECT_EQ(error.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(error.text(), "XML Parser not initialized");
     EXPECT_STREQ(result, "untouched");
 }
@@ -39,8 +39,8 @@ INSTANTIATE_TEST_SUITE_P(EveryNumber, MethodsNotInitialised, ::testing::Range(-1
 // The start is checked before the document handle is looked at.
 TEST(DocumentMethodsNotInitialised, BogusDocumentHandleIsNeverRead) {
     int32_t result = 0;
-    Answer answer = docCall(reinterpret_cast<void*>(0x1234), 4, {}, &result);
-    EXPECT_EQ(answer.code, 2);
+    Answer answer = docCall(reinterpret_cast<void*>(0x1234), LUM_DOC_DOCUMENT_ELEMENT, {}, &result);
+    EXPECT_EQ(answer.code, LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
 }
 

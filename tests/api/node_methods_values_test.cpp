@@ -24,31 +24,31 @@ class NodeMethodsOnMixedContent : public MixedContentTree {};
 
 TEST_F(NodeMethods, Method19OfValueAbcWithLimit3LeavesThreeBytesAndNoTerminator) {
     void* text = childOf(child(6), 0);
-    nodeCall(text, 20, {const_cast<char*>("abc")}, nullptr);
+    nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("abc")}, nullptr);
     char value[8];
     std::memset(value, '#', sizeof value);
     int32_t limit = 3;
-    Answer answer = nodeCall(text, 19, {&limit}, value);
-    EXPECT_EQ(answer.code, 12);
+    Answer answer = nodeCall(text, LUM_NODE_VALUE, {&limit}, value);
+    EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_EQ(std::string(value, 4), "abc#");
 }
 
 TEST_F(NodeMethods, Method19OfValueAbWithLimit3ArrivesWhole) {
     void* text = childOf(child(6), 0);
-    nodeCall(text, 20, {const_cast<char*>("ab")}, nullptr);
+    nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("ab")}, nullptr);
     char value[8];
     std::memset(value, '#', sizeof value);
     int32_t limit = 3;
-    Answer answer = nodeCall(text, 19, {&limit}, value);
-    EXPECT_EQ(answer.code, 0);
+    Answer answer = nodeCall(text, LUM_NODE_VALUE, {&limit}, value);
+    EXPECT_EQ(answer.code, LUM_OK);
     EXPECT_EQ(std::string(value, 4), std::string("ab\0#", 4));
 }
 
 TEST_F(NodeMethods, Method19OfANodeWithoutValueGivesTheEmptyString) {
     char value[8] = "x";
     int32_t limit = 0;
-    EXPECT_EQ(nodeCall(root, 19, {&limit}, value).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_VALUE, {&limit}, value).code, LUM_OK);
     EXPECT_STREQ(value, "");
 }
 
@@ -58,8 +58,8 @@ TEST_F(NodeMethodsOnMixedContent, NodeValueWithLimitOneLeavesOneByte) {
     int32_t limit = 1;
     char out[8];
     std::memset(out, '#', sizeof out);
-    Answer answer = nodeCall(text, 19, {&limit}, out);
-    EXPECT_EQ(answer.code, 12);
+    Answer answer = nodeCall(text, LUM_NODE_VALUE, {&limit}, out);
+    EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_EQ(std::string(out, 3), "t##");
 }
@@ -70,53 +70,56 @@ TEST_F(NodeMethodsOnMixedContent, NodeValueWithNegativeLimitArrivesWhole) {
     int32_t limit = -1;
     char out[16];
     std::memset(out, '#', sizeof out);
-    EXPECT_EQ(nodeCall(text, 19, {&limit}, out).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_VALUE, {&limit}, out).code, LUM_OK);
     EXPECT_STREQ(out, "text");
 }
 
 TEST_F(NodeMethods, Method20SetsTextValues) {
     void* text = childOf(child(0), 0);
-    EXPECT_EQ(nodeCall(text, 20, {const_cast<char*>("changed")}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("changed")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(text), "changed");
     void* comment = child(4);
-    EXPECT_EQ(nodeCall(comment, 20, {const_cast<char*>("a ]]> b")}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(comment, LUM_NODE_SET_VALUE, {const_cast<char*>("a ]]> b")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(comment), "a ]]> b");
 }
 
 TEST_F(NodeMethods, Method20OnAnElementIsTheNoModificationError) {
-    Answer answer = nodeCall(root, 20, {const_cast<char*>("v")}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer = nodeCall(root, LUM_NODE_SET_VALUE, {const_cast<char*>("v")}, nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message,
               "An attempt was made to modify an object where modifications are not allowed");
 }
 
 TEST_F(NodeMethods, Method20OnACdataSectionRefusesTheEndSequenceAndKeepsTheOldValue) {
     void* cdata = child(3);
-    Answer answer = nodeCall(cdata, 20, {const_cast<char*>("x]]>y")}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer = nodeCall(cdata, LUM_NODE_SET_VALUE, {const_cast<char*>("x]]>y")}, nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "old data");
-    EXPECT_EQ(nodeCall(cdata, 20, {const_cast<char*>("x]]y")}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE, {const_cast<char*>("x]]y")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(valueOf(cdata), "x]]y");
 }
 
 TEST_F(NodeMethodsOnMixedContent, TextNodesTakeTheClosingSequence) {
     void* text = childOf(root, 1);
     const char* value = "a]]>b";
-    EXPECT_EQ(nodeCall(text, 20, {const_cast<char*>(value)}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "a]]>b");
 }
 
 TEST_F(NodeMethods, Method21WithLimit5OnAbcdeFailsAndWithLimit6Yields) {
-    void* element = createNode(document.cell, "abcde", 1);
+    void* element = createNode(document.cell, "abcde", LUM_NODE_ELEMENT);
     char name[16] = "x";
     int32_t limit = 5;
-    Answer answer = nodeCall(element, 21, {&limit}, name);
-    EXPECT_EQ(answer.code, 12);
+    Answer answer = nodeCall(element, LUM_NODE_NAME, {&limit}, name);
+    EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
     EXPECT_STREQ(name, "");
     limit = 6;
-    EXPECT_EQ(nodeCall(element, 21, {&limit}, name).code, 0);
+    EXPECT_EQ(nodeCall(element, LUM_NODE_NAME, {&limit}, name).code, LUM_OK);
     EXPECT_STREQ(name, "abcde");
 }
 
@@ -124,23 +127,24 @@ TEST_F(NodeMethods, Methods26To28ReadNamespaceParts) {
     void* item = child(6);
     char text[64];
     int32_t limit = 64;
-    EXPECT_EQ(nodeCall(item, 26, {&limit}, text).code, 0);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_NAMESPACE_URI, {&limit}, text).code, LUM_OK);
     EXPECT_STREQ(text, "urn:ns");
-    EXPECT_EQ(nodeCall(item, 27, {&limit}, text).code, 0);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_PREFIX, {&limit}, text).code, LUM_OK);
     EXPECT_STREQ(text, "ns");
-    EXPECT_EQ(nodeCall(item, 28, {&limit}, text).code, 0);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_LOCAL_NAME, {&limit}, text).code, LUM_OK);
     EXPECT_STREQ(text, "item");
     std::strcpy(text, "x");
-    EXPECT_EQ(nodeCall(root, 27, {&limit}, text).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_PREFIX, {&limit}, text).code, LUM_OK);
     EXPECT_STREQ(text, "");
 }
 
 TEST_F(NodeMethods, Method29SetsThePrefix) {
     void* item = child(6);
-    EXPECT_EQ(nodeCall(item, 29, {const_cast<char*>("other")}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(item, LUM_NODE_SET_PREFIX, {const_cast<char*>("other")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(nameOf(item), "other:item");
-    Answer answer = nodeCall(root, 29, {const_cast<char*>("p")}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer = nodeCall(root, LUM_NODE_SET_PREFIX, {const_cast<char*>("p")}, nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
 }
 
@@ -148,8 +152,8 @@ TEST_F(NodeMethods, Method29SetsThePrefix) {
 // the catch-all text, code 6.
 TEST_F(NodeMethodsOnMixedContent, SetPrefixWithoutNamespaceGivesTheCatchAllText) {
     const char* prefix = "p";
-    Answer answer = nodeCall(root, 29, {const_cast<char*>(prefix)}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer = nodeCall(root, LUM_NODE_SET_PREFIX, {const_cast<char*>(prefix)}, nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "XML Parser not initialized");
 }
 
@@ -158,11 +162,13 @@ TEST_F(NodeMethodsOnMixedContent, SetPrefixOnANamespacedElementRenamesIt) {
     const char* qname = "e";
     int32_t type = kElement;
     void* element = nullptr;
-    ASSERT_EQ(docCall(document.cell, 30, {const_cast<char*>(uri), const_cast<char*>(qname), &type},
+    ASSERT_EQ(docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
+                      {const_cast<char*>(uri), const_cast<char*>(qname), &type},
                       &element)
                   .code,
-              0);
-    EXPECT_EQ(nodeCall(element, 29, {const_cast<char*>("q")}, nullptr).code, 0);
+              LUM_OK);
+    EXPECT_EQ(nodeCall(element, LUM_NODE_SET_PREFIX, {const_cast<char*>("q")}, nullptr).code,
+              LUM_OK);
     EXPECT_EQ(nameOf(element), "q:e");
 }
 
@@ -171,19 +177,20 @@ TEST_F(NodeMethodsOnMixedContent, SetPrefixOnANamespacedElementRenamesIt) {
 TEST_F(NodeMethods, Method36HandsTheWholeValueAndMethod38ReleasesIt) {
     char* text = nullptr;
     int32_t length = -1;
-    EXPECT_EQ(nodeCall(childOf(child(2), 0), 36, {&text, &length}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(childOf(child(2), 0), LUM_NODE_WHOLE_VALUE, {&text, &length}, nullptr).code,
+              LUM_OK);
     ASSERT_NE(text, nullptr);
     EXPECT_STREQ(text, "three");
     EXPECT_EQ(length, 5);
-    EXPECT_EQ(nodeCall(root, 38, {&text}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_RELEASE_VALUE, {&text}, nullptr).code, LUM_OK);
     EXPECT_EQ(text, nullptr);
-    EXPECT_EQ(nodeCall(root, 38, {&text}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_RELEASE_VALUE, {&text}, nullptr).code, LUM_OK);
 }
 
 TEST_F(NodeMethods, Method36OfANullValueSetsBothCellsToZero) {
     char* text = reinterpret_cast<char*>(1);
     int32_t length = -1;
-    EXPECT_EQ(nodeCall(root, 36, {&text, &length}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_WHOLE_VALUE, {&text, &length}, nullptr).code, LUM_OK);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(length, 0);
 }
@@ -191,32 +198,33 @@ TEST_F(NodeMethods, Method36OfANullValueSetsBothCellsToZero) {
 TEST_F(NodeMethodsOnMixedContent, WholeValueOfAnElementSetsBothCellsToZero) {
     char* text = reinterpret_cast<char*>(marker());
     int32_t length = 77;
-    EXPECT_EQ(nodeCall(root, 36, {&text, &length}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_WHOLE_VALUE, {&text, &length}, nullptr).code, LUM_OK);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(length, 0);
     // Giving back a null string leaves the cell alone.
-    EXPECT_EQ(nodeCall(root, 38, {&text}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_RELEASE_VALUE, {&text}, nullptr).code, LUM_OK);
     EXPECT_EQ(text, nullptr);
 }
 
 TEST_F(NodeMethodsOnMixedContent, WholeValueCountsBytesNotUnits) {
     void* text = childOf(root, 1);
     const char* value = "\xC3\xA9t\xC3\xA9";  // two-byte letters in UTF-8
-    ASSERT_EQ(nodeCall(text, 20, {const_cast<char*>(value)}, nullptr).code, 0);
+    ASSERT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr).code, LUM_OK);
     char* whole = nullptr;
     int32_t length = 0;
-    ASSERT_EQ(nodeCall(text, 36, {&whole, &length}, nullptr).code, 0);
+    ASSERT_EQ(nodeCall(text, LUM_NODE_WHOLE_VALUE, {&whole, &length}, nullptr).code, LUM_OK);
     ASSERT_NE(whole, nullptr);
     EXPECT_EQ(length, 5);
     EXPECT_STREQ(whole, value);
-    EXPECT_EQ(nodeCall(text, 38, {&whole}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_RELEASE_VALUE, {&whole}, nullptr).code, LUM_OK);
     EXPECT_EQ(whole, nullptr);
 }
 
 TEST_F(NodeMethods, Method37WithAbcAndCount2SetsAb) {
     void* text = childOf(child(0), 0);
     int32_t count = 2;
-    EXPECT_EQ(nodeCall(text, 37, {const_cast<char*>("abc"), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "ab");
 }
 
@@ -224,7 +232,8 @@ TEST_F(NodeMethods, Method37WithANulInsideTheCountEndsThere) {
     void* text = childOf(child(0), 0);
     const char bytes[] = {'a', '\0', 'c'};
     int32_t count = 3;
-    EXPECT_EQ(nodeCall(text, 37, {const_cast<char*>(bytes), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "a");
 }
 
@@ -232,18 +241,21 @@ TEST_F(NodeMethods, Method37WithoutNulUsesExactlyTheCount) {
     void* text = childOf(child(0), 0);
     const char bytes[] = {'x', 'y', 'z'};
     int32_t count = 3;
-    EXPECT_EQ(nodeCall(text, 37, {const_cast<char*>(bytes), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "xyz");
 }
 
 TEST_F(NodeMethods, Method37WithZeroOrNegativeCountSetsTheEmptyValue) {
     void* text = childOf(child(0), 0);
     int32_t count = 0;
-    EXPECT_EQ(nodeCall(text, 37, {const_cast<char*>("abc"), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "");
-    nodeCall(text, 20, {const_cast<char*>("again")}, nullptr);
+    nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("again")}, nullptr);
     count = -5;
-    EXPECT_EQ(nodeCall(text, 37, {const_cast<char*>("abc"), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("abc"), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(text), "");
 }
 
@@ -251,9 +263,11 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueWithZeroOrNegativeCountIsEmpty) {
     void* text = childOf(root, 1);
     const char* bytes = "abc";
     for (int32_t count : {0, -5}) {
-        ASSERT_EQ(nodeCall(text, 20, {const_cast<char*>("old")}, nullptr).code, 0);
-        Answer answer = nodeCall(text, 37, {const_cast<char*>(bytes), &count}, nullptr);
-        EXPECT_EQ(answer.code, 0) << count;
+        ASSERT_EQ(nodeCall(text, LUM_NODE_SET_VALUE, {const_cast<char*>("old")}, nullptr).code,
+                  LUM_OK);
+        Answer answer =
+            nodeCall(text, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count}, nullptr);
+        EXPECT_EQ(answer.code, LUM_OK) << count;
         EXPECT_EQ(valueOf(text), "") << count;
     }
 }
@@ -261,8 +275,9 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueWithZeroOrNegativeCountIsEmpty) {
 TEST_F(NodeMethods, Method37OnACdataSectionRefusesTheEndSequence) {
     void* cdata = child(3);
     int32_t count = 5;
-    Answer answer = nodeCall(cdata, 37, {const_cast<char*>("a]]>b"), &count}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer =
+        nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>("a]]>b"), &count}, nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "old data");
 }
@@ -272,12 +287,14 @@ TEST_F(NodeMethodsOnMixedContent, CountedValueOnCDataRefusesTheClosingSequence) 
     ASSERT_EQ(typeOf(cdata), kCData);
     const char bytes[] = {'a', ']', ']', '>', 'z'};
     int32_t count = 4;
-    Answer answer = nodeCall(cdata, 37, {const_cast<char*>(bytes), &count}, nullptr);
-    EXPECT_EQ(answer.code, 6);
+    Answer answer = nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                             nullptr);
+    EXPECT_EQ(answer.code, LUM_ERR_DOM);
     EXPECT_EQ(answer.message, "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(valueOf(cdata), "cd");
     count = 3;
-    EXPECT_EQ(nodeCall(cdata, 37, {const_cast<char*>(bytes), &count}, nullptr).code, 0);
+    EXPECT_EQ(nodeCall(cdata, LUM_NODE_SET_VALUE_COUNTED, {const_cast<char*>(bytes), &count},
+                       nullptr).code, LUM_OK);
     EXPECT_EQ(valueOf(cdata), "a]]");
 }
 
@@ -295,31 +312,41 @@ protected:
     Answer read(int32_t limit, char* out) {
         void* item = child(6);
         switch (GetParam().method) {
-        case 13: return nodeCall(root, 13, {const_cast<char*>("bb5"), &limit}, out);
-        case 19: return nodeCall(childOf(item, 0), 19, {&limit}, out);
-        case 21: return nodeCall(fiveNamed, 21, {&limit}, out);
-        case 26: return nodeCall(fiveNs, 26, {&limit}, out);
-        case 27: return nodeCall(fiveNs, 27, {&limit}, out);
-        case 28: return nodeCall(fiveNs, 28, {&limit}, out);
+        case LUM_NODE_ATTRIBUTE_VALUE:
+            return nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>("bb5"), &limit},
+                            out);
+        case LUM_NODE_VALUE:
+            return nodeCall(childOf(item, 0), LUM_NODE_VALUE, {&limit}, out);
+        case LUM_NODE_NAME:
+            return nodeCall(fiveNamed, LUM_NODE_NAME, {&limit}, out);
+        case LUM_NODE_NAMESPACE_URI:
+            return nodeCall(fiveNs, LUM_NODE_NAMESPACE_URI, {&limit}, out);
+        case LUM_NODE_PREFIX:
+            return nodeCall(fiveNs, LUM_NODE_PREFIX, {&limit}, out);
+        case LUM_NODE_LOCAL_NAME:
+            return nodeCall(fiveNs, LUM_NODE_LOCAL_NAME, {&limit}, out);
         default:
-            return nodeCall(fiveNs, 39, {const_cast<char*>("urn:x"), const_cast<char*>("at"), &limit},
+            return nodeCall(fiveNs, LUM_NODE_ATTRIBUTE_NS, {const_cast<char*>("urn:x"),
+                                                            const_cast<char*>("at"), &limit},
                             out);
         }
     }
     void SetUp() override {
         NodeMethods::SetUp();
-        nodeCall(root, 14, {const_cast<char*>("bb5"), const_cast<char*>("fives")}, nullptr);
-        fiveNamed = createNode(document.cell, "abcde", 1);
+        nodeCall(root, LUM_NODE_SET_ATTRIBUTE, {const_cast<char*>("bb5"),
+                                                const_cast<char*>("fives")}, nullptr);
+        fiveNamed = createNode(document.cell, "abcde", LUM_NODE_ELEMENT);
         int32_t element = 1;
-        docCall(document.cell, 30,
+        docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
                 {const_cast<char*>("urn:x"), const_cast<char*>("ppppp:lllll"), &element},
                 &fiveNs);
         int32_t attribute = 2;
         void* at = nullptr;
-        docCall(document.cell, 30, {const_cast<char*>("urn:x"), const_cast<char*>("q:at"), &attribute},
+        docCall(document.cell, LUM_DOC_CREATE_NODE_NS, {const_cast<char*>("urn:x"),
+                                                        const_cast<char*>("q:at"), &attribute},
                 &at);
-        nodeCall(at, 20, {const_cast<char*>("vvvvv")}, nullptr);
-        nodeCall(fiveNs, 34, {at}, nullptr);
+        nodeCall(at, LUM_NODE_SET_VALUE, {const_cast<char*>("vvvvv")}, nullptr);
+        nodeCall(fiveNs, LUM_NODE_SET_ATTRIBUTE_NODE, {at}, nullptr);
     }
     void* fiveNamed = nullptr;
     void* fiveNs = nullptr;
@@ -329,7 +356,7 @@ TEST_P(StringLimits, LimitOneAboveTheLengthFits) {
     char out[16];
     std::memset(out, '#', sizeof out);
     Answer answer = read(6, out);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_EQ(std::strlen(out), 5u);
 }
 
@@ -337,9 +364,9 @@ TEST_P(StringLimits, LimitEqualToTheLengthIsTooLong) {
     char out[16];
     std::memset(out, '#', sizeof out);
     Answer answer = read(5, out);
-    EXPECT_EQ(answer.code, 12);
+    EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
     EXPECT_EQ(answer.message, "String length too long");
-    if (GetParam().method == 19) {
+    if (GetParam().method == LUM_NODE_VALUE) {
         EXPECT_EQ(std::string(out, 6), "abcde#");  // the byte counter's partial copy
     } else {
         EXPECT_STREQ(out, "");
@@ -350,18 +377,20 @@ TEST_P(StringLimits, LimitOneBelowTheLengthIsTooLong) {
     char out[16];
     std::memset(out, '#', sizeof out);
     Answer answer = read(4, out);
-    EXPECT_EQ(answer.code, 12);
-    if (GetParam().method == 19) {
+    EXPECT_EQ(answer.code, LUM_ERR_STRING_LENGTH);
+    if (GetParam().method == LUM_NODE_VALUE) {
         EXPECT_EQ(std::string(out, 5), "abcd#");
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(NodeMethods, StringLimits,
-                         ::testing::Values(LimitCase{"AttributeValue", 13},
-                                           LimitCase{"NodeValue", 19}, LimitCase{"NodeName", 21},
-                                           LimitCase{"NamespaceURI", 26},
-                                           LimitCase{"Prefix", 27}, LimitCase{"LocalName", 28},
-                                           LimitCase{"AttributeNS", 39}),
+                         ::testing::Values(LimitCase{"AttributeValue", LUM_NODE_ATTRIBUTE_VALUE},
+                                           LimitCase{"NodeValue", LUM_NODE_VALUE},
+                                           LimitCase{"NodeName", LUM_NODE_NAME},
+                                           LimitCase{"NamespaceURI", LUM_NODE_NAMESPACE_URI},
+                                           LimitCase{"Prefix", LUM_NODE_PREFIX},
+                                           LimitCase{"LocalName", LUM_NODE_LOCAL_NAME},
+                                           LimitCase{"AttributeNS", LUM_NODE_ATTRIBUTE_NS}),
                          [](const ::testing::TestParamInfo<LimitCase>& info) {
                              return std::string(info.param.name);
                          });
@@ -370,10 +399,11 @@ INSTANTIATE_TEST_SUITE_P(NodeMethods, StringLimits,
 TEST_F(NodeMethodsOnMixedContent, NegativeLimitNeverCountsAsTooSmall) {
     int32_t limit = -1;
     char out[16] = "";
-    EXPECT_EQ(nodeCall(root, 21, {&limit}, out).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_NAME, {&limit}, out).code, LUM_OK);
     EXPECT_STREQ(out, "r");
     const char* name = "a";
-    EXPECT_EQ(nodeCall(root, 13, {const_cast<char*>(name), &limit}, out).code, 0);
+    EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_VALUE, {const_cast<char*>(name), &limit},
+                       out).code, LUM_OK);
     EXPECT_STREQ(out, "1");
 }
 

@@ -25,10 +25,10 @@ protected:
         void* document = nullptr;
         lumInitDocument(&document, 1, error.buffer, &error.code);
         char encoding[257] = {0};
-        lumDocLoad(&document, 0, 1, encoding, nullptr, bytes.data(),
+        lumDocLoad(&document, 0, LUM_LOAD_FROM_MEMORY, encoding, nullptr, bytes.data(),
                    static_cast<uint32_t>(bytes.size()), systemId.c_str(), nullptr, 0, nullptr,
                    error.buffer, &error.code);
-        EXPECT_EQ(error.code, 0) << error.text();
+        EXPECT_EQ(error.code, LUM_OK) << error.text();
         return document;
     }
 
@@ -36,9 +36,9 @@ protected:
         ErrorSlot error;
         void* memory = nullptr;
         uint32_t length = 0;
-        lumDocSave(&document, 1, 0, 0, 1, "UTF-8", nullptr, &memory, &length, 0, nullptr,
-                   error.buffer, &error.code);
-        EXPECT_EQ(error.code, 0) << error.text();
+        lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, "UTF-8", nullptr, &memory, &length, 0,
+                   nullptr, error.buffer, &error.code);
+        EXPECT_EQ(error.code, LUM_OK) << error.text();
         std::string bytes(static_cast<const char*>(memory), length);
         std::free(memory);
         return bytes;
@@ -47,7 +47,7 @@ protected:
     void remove(void* document) {
         ErrorSlot error;
         lumDocDelete(document, error.buffer, &error.code);
-        EXPECT_EQ(error.code, 0);
+        EXPECT_EQ(error.code, LUM_OK);
     }
 
     void expectStable(const std::string& original, const std::string& systemId) {

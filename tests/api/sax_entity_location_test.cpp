@@ -25,7 +25,7 @@ struct Seen {
 std::vector<Seen> pull(HostRecord& record) {
     std::vector<Seen> seen;
     int32_t result = record.first();
-    while (result == 1) {
+    while (result == LUM_SAX_MORE) {
         if (record.head() != nullptr) {
             const char* id = record.systemId();
             seen.push_back({lumtest::describeEvent(record.head()), id != nullptr ? id : "(null)",
@@ -33,7 +33,7 @@ std::vector<Seen> pull(HostRecord& record) {
         }
         result = record.next();
     }
-    EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+    EXPECT_EQ(record.errorCode(), LUM_OK) << record.errorText();
     return seen;
 }
 

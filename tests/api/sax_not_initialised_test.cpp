@@ -12,9 +12,9 @@ namespace {
 TEST(SaxNotInitialised, ParseFirstAnswersZeroWithNotInitialized) {
     HostRecord record;
     record.setMemory("<r/>");
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "XML Parser not initialized");
-    EXPECT_EQ(record.errorCode(), 2);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(record.head(), nullptr);
     EXPECT_EQ(record.reader(), nullptr);
 }
@@ -24,14 +24,14 @@ TEST(SaxNotInitialised, OneShotValidationDeliberatelyAnswersOne) {
     record.setFile("/nonexistent/doc.xml");
     EXPECT_EQ(lumSAXParse(record.get()), 1);
     EXPECT_EQ(record.errorText(), "XML Parser not initialized");
-    EXPECT_EQ(record.errorCode(), 2);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_INITIALIZED);
 }
 
 TEST(SaxNotInitialised, ParseNextOnAnUnstartedRecordIsAnUnexpectedError) {
     HostRecord record;
-    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Unexpected error");
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
 }
 
 TEST(SaxNotInitialised, DeletingARecordIsHarmless) {
@@ -39,7 +39,7 @@ TEST(SaxNotInitialised, DeletingARecordIsHarmless) {
     lumSAXDeleteParserInstance(record.get());
     lumSAXDeleteParserInstance(nullptr);
     lumSAXClearCallbackData(nullptr);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
 }
 
 TEST(SaxNotInitialised, AttributeListsWorkWithoutInitialisation) {

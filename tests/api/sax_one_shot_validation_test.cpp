@@ -35,7 +35,7 @@ TEST_F(SaxParse, OneShotValidationOfAValidFileAnswersOneWithoutError) {
     record.setFile(dir.write("v.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r/>"));
     record.setFlags(kValidate);
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
     EXPECT_EQ(record.errorText(), "");
     EXPECT_EQ(record.head(), nullptr);  // no events
 }
@@ -45,7 +45,7 @@ TEST_F(SaxParse, OneShotValidationReportsAFatalError) {
     HostRecord record;
     record.setFile(path);
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE_FATAL);
     EXPECT_EQ(record.errorText(), "FATAL ERROR: file '" + path +
                                       "', line '1', column '9', message 'expected end of tag 'a''");
 }
@@ -55,7 +55,7 @@ TEST_F(SaxParse, OneShotValidationReportsTheFirstValidityError) {
     record.setFile(dir.write("inv.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/><y/></r>"));
     record.setFlags(kValidate);
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 9);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE_ERROR);
     EXPECT_EQ(record.errorText(), "'no declaration found for element 'x''");
 }
 
@@ -64,7 +64,7 @@ TEST_F(SaxParse, OneShotValidationRefusesMemoryInput) {
     record.setMemory("<r/>");
     EXPECT_EQ(lumSAXParse(record.get()), 0);
     EXPECT_EQ(record.errorText(), "Not supported");
-    EXPECT_EQ(record.errorCode(), -1);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(SaxParse, OneShotValidationFindsTheDtdInTheSearchDirectories) {
@@ -75,13 +75,13 @@ TEST_F(SaxParse, OneShotValidationFindsTheDtdInTheSearchDirectories) {
     record.setFlags(kValidate);
     record.setSearchPath(" " + dir.file("nothing") + " , " + dir.file("dtds"));
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+    EXPECT_EQ(record.errorCode(), LUM_OK) << record.errorText();
 
     HostRecord without;
     without.setFile(path);
     without.setFlags(kValidate);
     EXPECT_EQ(lumSAXParse(without.get()), 1);
-    EXPECT_EQ(without.errorCode(), 10);
+    EXPECT_EQ(without.errorCode(), LUM_ERR_PARSE_FATAL);
     EXPECT_NE(without.errorText().find("unable to open DTD document"), std::string::npos);
 }
 
@@ -90,7 +90,7 @@ TEST_F(SaxParse, OneShotValidationStopsAtTheExpansionLimit) {
     record.setFile(dir.write("lol.xml", billionLaughs()));
     record.setLimit(1000);
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE_FATAL);
     EXPECT_NE(record.errorText().find("more than '1000' entity expansions"), std::string::npos);
 }
 
@@ -98,7 +98,7 @@ TEST_F(SaxParse, OneShotValidationOfAMissingFileReportsIt) {
     HostRecord record;
     record.setFile(dir.file("none.xml"));
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 10);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE_FATAL);
     EXPECT_NE(record.errorText().find("unable to open primary document entity"),
               std::string::npos);
 }
@@ -109,7 +109,7 @@ TEST_F(SaxParse, OneShotValidationWithoutTheValidateFlagIgnoresTheDtdRules) {
     HostRecord record;
     record.setFile(dir.write("inv.xml", "<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/></r>"));
     EXPECT_EQ(lumSAXParse(record.get()), 1);
-    EXPECT_EQ(record.errorCode(), 0) << record.errorText();
+    EXPECT_EQ(record.errorCode(), LUM_OK) << record.errorText();
     EXPECT_EQ(record.errorText(), "");
 }
 
@@ -118,22 +118,22 @@ TEST_F(SaxParse, OneShotValidationProcessesNamespacesUnlessFlagBitZero) {
     HostRecord withNamespaces;
     withNamespaces.setFile(path);
     EXPECT_EQ(lumSAXParse(withNamespaces.get()), 1);
-    EXPECT_NE(withNamespaces.errorCode(), 0);
+    EXPECT_NE(withNamespaces.errorCode(), LUM_OK);
     EXPECT_NE(withNamespaces.errorText().find("p"), std::string::npos);
 
     HostRecord without;
     without.setFile(path);
     without.setFlags(kNoNamespaces);
     EXPECT_EQ(lumSAXParse(without.get()), 1);
-    EXPECT_EQ(without.errorCode(), 0) << without.errorText();
+    EXPECT_EQ(without.errorCode(), LUM_OK) << without.errorText();
 }
 
 TEST_F(SaxParse, OneShotValidationRefusesMemoryKindFive) {
     HostRecord record;
-    record.setMemory("<r/>", 5);
+    record.setMemory("<r/>", LUM_SAX_INPUT_BUFFER);
     EXPECT_EQ(lumSAXParse(record.get()), 0);
     EXPECT_EQ(record.errorText(), "Not supported");
-    EXPECT_EQ(record.errorCode(), -1);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(SaxParse, OneShotValidationRaisesNoEvents) {

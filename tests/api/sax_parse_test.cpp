@@ -44,30 +44,30 @@ Events withoutLocation(HostRecord& record, size_t maxEvents = 1000000) {
 TEST_F(SaxParse, FirstCallLeavesOnlyStartDocumentAtHead) {
     HostRecord record;
     record.setMemory("<?pi x?><r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     ASSERT_NE(record.head(), nullptr);
     EXPECT_EQ(lumtest::describeEvent(record.head()), "StartDocument/0");
     EXPECT_EQ(record.eventCount(), 1);
-    EXPECT_EQ(record.state(), 1);
+    EXPECT_EQ(record.state(), LUM_SAX_STATE_FIRST_PASS);
     EXPECT_EQ(lumtest::readAt<void*>(record.head(), lumtest::evt::kNext), nullptr);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
 }
 
 TEST_F(SaxParse, NextRereadsTheInputFromTheBeginningAndYieldsTheFirstRealEvent) {
     HostRecord record;
     record.setMemory("<?pi x?><r/>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     // The processing instruction before the root was dropped in the first
     // pass and comes now; StartDocument is not delivered again.
     EXPECT_EQ(lumtest::describeEvent(record.head()), "ProcessingInstruction/2 \"pi\" \"x\"");
-    EXPECT_EQ(record.state(), 3);
+    EXPECT_EQ(record.state(), LUM_SAX_STATE_RUNNING);
 }
 
 TEST_F(SaxParse, FlagsChangedWhileStartDocumentIsAtHeadTakeEffect) {
     HostRecord record;
     record.setMemory("<p:r xmlns:p='urn:p'/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFlags(kNoNamespaces);
     Events events = restWithoutLocation(record);
     // No prefix mapping events, and no local name.
@@ -77,7 +77,7 @@ TEST_F(SaxParse, FlagsChangedWhileStartDocumentIsAtHeadTakeEffect) {
 TEST_F(SaxParse, ValidationSwitchedOnAfterStartDocumentReportsErrors) {
     HostRecord record;
     record.setMemory("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r><x/></r>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFlags(kValidate);
     Events events = restWithoutLocation(record);
     EXPECT_EQ(events[1], "Error/1 \"no declaration found for element 'x'\"");
@@ -97,7 +97,7 @@ TEST_F(SaxParse, SchemaLocationSetWhileStartDocumentIsAtHeadTakesEffect) {
     const std::string schema = dir.write("s.xsd", kSchema);
     HostRecord record;
     record.setMemory("<r xmlns='urn:s'><n>seven</n></r>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFlags(kValidate);
     record.setSchemaLocation("urn:s " + schema);
     Events events = restWithoutLocation(record);
@@ -112,7 +112,7 @@ TEST_F(SaxParse, NoNamespaceSchemaLocationSetWhileStartDocumentIsAtHeadTakesEffe
     const std::string schema = dir.write("n.xsd", kNoNamespaceSchema);
     HostRecord record;
     record.setMemory("<r>seven</r>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFlags(kValidate);
     record.setNoNamespaceSchemaLocation(schema);
     Events events = restWithoutLocation(record);
@@ -137,7 +137,7 @@ TEST_F(SaxParse, SchemaValidatesWhenSetBeforeTheFirstCall) {
 TEST_F(SaxParse, InputChangedWhileStartDocumentIsAtHeadIsTheOneRead) {
     HostRecord record;
     record.setMemory("<first/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFile(dir.write("second.xml", "<second/>"));
     EXPECT_EQ(restWithoutLocation(record), (Events{
                                   "StartElement/4 \"\" \"second\" \"second\" [0/0 no-array]",
@@ -150,27 +150,27 @@ TEST_F(SaxParse, InputChangedWhileStartDocumentIsAtHeadIsTheOneRead) {
 TEST_F(SaxParse, InputKindMadeUnsupportedWhileStartDocumentIsAtHeadIsRefused) {
     HostRecord record;
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setInputKind(2);
-    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Not supported");
-    EXPECT_EQ(record.errorCode(), -1);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(SaxParse, FileNameClearedWhileStartDocumentIsAtHeadIsNoInputFile) {
     HostRecord record;
     record.setFile(dir.write("r.xml", "<r/>"));
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setNoFile();
-    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "No input file specified");
-    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NO_INPUT_FILE);
 }
 
 TEST_F(SaxParse, NamespacesSwitchedOffWhileStartDocumentIsAtHeadNullTheLocalNames) {
     HostRecord record;
     record.setMemory("<p:r xmlns:p='u' p:a='1'/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setFlags(kNoNamespaces);
     EXPECT_EQ(restWithoutLocation(record),
               (Events{
@@ -187,7 +187,7 @@ TEST_F(SaxParse, SearchPathSetWhileStartDocumentIsAtHeadIsSearched) {
     HostRecord record;
     record.setMemory("<!DOCTYPE r [<!ENTITY ext SYSTEM 'ext.txt'>]><r>&ext;</r>");
     record.setLimit(50000);
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setSearchPath(dir.file("lib"));
     const Events events = restWithoutLocation(record);
     ASSERT_GE(events.size(), 2u);
@@ -200,7 +200,7 @@ TEST_F(SaxParse, SearchPathClearedWhileStartDocumentIsAtHeadIsNoLongerSearched) 
     record.setMemory("<!DOCTYPE r [<!ENTITY ext SYSTEM 'ext.txt'>]><r>&ext;</r>");
     record.setSearchPath(dir.file("lib"));
     record.setLimit(50000);
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     writeAt<const char*>(record.bytes(), rec::kSearchPath, nullptr);
     const Events events = restWithoutLocation(record);
     ASSERT_GE(events.size(), 2u);
@@ -213,38 +213,38 @@ TEST_F(SaxParse, SearchPathClearedWhileStartDocumentIsAtHeadIsNoLongerSearched) 
 TEST_F(SaxParse, AfterEndDocumentNextAnswersZeroWithoutError) {
     HostRecord record;
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
-    int32_t result = 1;
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    int32_t result = LUM_SAX_MORE;
     uint32_t lastKind = 0;
-    while (result == 1) {
+    while (result == LUM_SAX_MORE) {
         lastKind = lumtest::eventKind(record.head());
         result = record.next();
     }
-    EXPECT_EQ(lastKind, 2u);
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(lastKind, uint32_t{LUM_SAX_EVENT_END_DOCUMENT});
+    EXPECT_EQ(result, LUM_SAX_DONE);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
     EXPECT_EQ(record.errorText(), "");
     // And so on, however often the host asks.
-    EXPECT_EQ(record.next(), 0);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
 }
 
 TEST_F(SaxParse, NextOnARecordThatNeverStartedIsAnUnexpectedError) {
     HostRecord record;
-    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Unexpected error");
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
 }
 
 TEST_F(SaxParse, ErrorTextIsClearedWhenTheParseReadsOn) {
     HostRecord record;
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     std::strcpy(reinterpret_cast<char*>(record.bytes() + lumtest::rec::kErrorText), "old");
     lumtest::writeAt<int32_t>(record.bytes(), lumtest::rec::kErrorCode, 99);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     EXPECT_EQ(record.errorText(), "");
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
 }
 
 // ---- inputs -----------------------------------------------------------------
@@ -252,44 +252,44 @@ TEST_F(SaxParse, ErrorTextIsClearedWhenTheParseReadsOn) {
 TEST_F(SaxParse, MemoryKindFiveReadsExactlyLikeKindOne) {
     const std::string document = "<a xmlns:q='urn:q' q:x='1'>text<b/><?p d?></a>";
     HostRecord one;
-    one.setMemory(document, 1);
+    one.setMemory(document, LUM_SAX_INPUT_MEMORY);
     HostRecord five;
-    five.setMemory(document, 5);
+    five.setMemory(document, LUM_SAX_INPUT_BUFFER);
     EXPECT_EQ(drain(one), drain(five));
 }
 
 TEST_F(SaxParse, InputKindTwoIsNotSupported) {
     HostRecord record;
     record.setMemory("<r/>", 2);
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Not supported");
-    EXPECT_EQ(record.errorCode(), -1);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(record.head(), nullptr);
 }
 
 TEST_F(SaxParse, FileInputWithoutANameIsRefused) {
     HostRecord record;
-    record.setInputKind(0);
+    record.setInputKind(LUM_SAX_INPUT_FILE);
     record.setNoFile();
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "No input file specified");
-    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NO_INPUT_FILE);
 }
 
 TEST_F(SaxParse, MissingFileIsAnErrorParsingFile) {
     HostRecord record;
     record.setFile(dir.file("missing.xml"));
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Error parsing file: unable to open primary document entity '" +
                                       dir.file("missing.xml") + "'");
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
 }
 
 TEST_F(SaxParse, FileNameWithTwoLeadingSlashesIsOpenedWithBackslashes) {
     HostRecord record;
     record.setFile("//server/share/doc.xml");
-    EXPECT_EQ(record.first(), 0);
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
     // Xerces saw the network path with every slash turned round.
     EXPECT_NE(record.errorText().find("\\\\server\\share\\doc.xml'"), std::string::npos)
         << record.errorText();
@@ -298,7 +298,7 @@ TEST_F(SaxParse, FileNameWithTwoLeadingSlashesIsOpenedWithBackslashes) {
 TEST_F(SaxParse, OverlongXercesMessageEndsInDotsWithinTheRecordText) {
     HostRecord record;
     record.setFile(dir.path() + "/" + std::string(300, 'n') + ".xml");
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     const std::string text = record.errorText();
     EXPECT_EQ(text.size(), 255u);
     EXPECT_EQ(text.rfind("Error parsing file: unable to open primary document entity", 0), 0u);
@@ -353,8 +353,8 @@ TEST_F(SaxParse, DeletingANullRecordDoesNothing) { lumSAXDeleteParserInstance(nu
 TEST_F(SaxParse, DeletingTwiceIsHarmless) {
     HostRecord record;
     record.setMemory("<r a='1'>t</r>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     lumSAXDeleteParserInstance(record.get());
     lumSAXDeleteParserInstance(record.get());
     EXPECT_EQ(record.reader(), nullptr);
@@ -368,9 +368,9 @@ TEST_F(SaxParse, DeletingTwiceIsHarmless) {
 TEST_F(SaxParse, AbandonedParseIsReleasedByDeletion) {
     HostRecord record;
     record.setMemory("<r><a x='1' y='2'>text</a><b/></r>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     // The record's destructor deletes it; LeakSanitizer checks that the
     // queued events, their strings and attribute lists are gone.
 }
@@ -378,36 +378,36 @@ TEST_F(SaxParse, AbandonedParseIsReleasedByDeletion) {
 TEST_F(SaxParse, NextAfterDeletionDuringTheFirstPassIsAnUnexpectedError) {
     HostRecord record;
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     lumSAXDeleteParserInstance(record.get());
-    EXPECT_EQ(record.next(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "Unexpected error");
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
 }
 
 TEST_F(SaxParse, RecordReusedMidParseFreesQueuedEventsButKeepsTheirCount) {
     HostRecord record;
     record.setMemory("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r a='1' b='2'/>");
     record.setFlags(kValidate);
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     const int32_t abandoned = record.eventCount();
     ASSERT_GT(abandoned, 1);  // errors, the element, its end, the end of document
 
     record.setMemory("<s/>");
     record.setFlags(0);
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     // The old events are gone; the count was deliberately kept.
     EXPECT_EQ(record.eventCount(), abandoned + 1);
     EXPECT_EQ(lumtest::describeEvent(record.head()), "StartDocument/0");
 
     // The host may now get 1 with nothing at eventHead (the stale count
     // says events are waiting), and goes on until the count is cleared.
-    EXPECT_EQ(record.next(), 1);
+    EXPECT_EQ(record.next(), LUM_SAX_MORE);
     EXPECT_EQ(record.head(), nullptr);
     int calls = 0;
     while (record.head() == nullptr && calls < 3) {
-        ASSERT_EQ(record.next(), 1);
+        ASSERT_EQ(record.next(), LUM_SAX_MORE);
         ++calls;
     }
     EXPECT_EQ(calls, 2);
@@ -486,7 +486,7 @@ TEST_F(SaxParse, LimitChangedWhileStartDocumentIsAtHeadTakesEffect) {
     HostRecord record;
     record.setMemory(quadraticBlowup(300));
     record.setLimit(-1);
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     record.setLimit(100);
     const Events events = restWithoutLocation(record, 200000);
     EXPECT_EQ(events[events.size() - 2].rfind(std::string(kLimitPrefix) + "100'", 0), 0u);
@@ -506,15 +506,15 @@ TEST_F(SaxParse, NegativeLimitLeavesExpansionUnlimited) {
 TEST_F(SaxParse, FirstCallQueuesExactlyOneEventOwnedByTheRecord) {
     HostRecord record;
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     EXPECT_EQ(record.eventCount(), 1);
-    EXPECT_EQ(record.state(), 1);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.state(), LUM_SAX_STATE_FIRST_PASS);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
     EXPECT_EQ(record.errorText(), "");
     ASSERT_NE(record.head(), nullptr);
     EXPECT_EQ(tailOf(record), record.head());
     EXPECT_EQ(nextOf(record.head()), nullptr);
-    EXPECT_EQ(lumtest::eventKind(record.head()), 1u);
+    EXPECT_EQ(lumtest::eventKind(record.head()), uint32_t{LUM_SAX_EVENT_START_DOCUMENT});
     EXPECT_EQ(readAt<uint32_t>(record.head(), evt::kArgCount), 0u);
     // The library's objects are in the record while the parse is set up.
     EXPECT_NE(record.reader(), nullptr);
@@ -526,15 +526,15 @@ TEST_F(SaxParse, FirstCallQueuesExactlyOneEventOwnedByTheRecord) {
 TEST_F(SaxParse, FileInputKeepsNoMemoryInputSource) {
     HostRecord record;
     record.setFile(dir.write("f.xml", "<r/>"));
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     EXPECT_EQ(readAt<void*>(record.bytes(), rec::kInputSource), nullptr);
 }
 
 TEST_F(SaxParse, EventsOfOneStepAreLinkedFromHeadToTailAndCounted) {
     HostRecord record;
     record.setMemory("<r xmlns='u' xmlns:p='v'/>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     // Two prefix mappings and the element start come from one Xerces step.
     int32_t linked = 0;
     const unsigned char* last = nullptr;
@@ -548,7 +548,7 @@ TEST_F(SaxParse, EventsOfOneStepAreLinkedFromHeadToTailAndCounted) {
     EXPECT_EQ(lumtest::describeEvent(record.head()), "StartPrefixMapping/2 \"\" \"u\"");
     // Each call frees the head and counts down.
     const int32_t before = record.eventCount();
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     EXPECT_EQ(record.eventCount(), before - 1);
     EXPECT_EQ(lumtest::describeEvent(record.head()), "StartPrefixMapping/2 \"p\" \"v\"");
 }
@@ -558,19 +558,19 @@ TEST_F(SaxParse, EndedParseHasNoScanTokenAndStateEnded) {
     record.setMemory("<r/>");
     Events events = lumtest::drain(record, noLocation());
     EXPECT_EQ(events.back(), "result 0 code 0 ");
-    EXPECT_EQ(record.state(), 4);
+    EXPECT_EQ(record.state(), LUM_SAX_STATE_ENDED);
     EXPECT_EQ(record.scanToken(), nullptr);
     EXPECT_NE(record.reader(), nullptr);  // released only by a reset or deletion
     // Asking again after the end stays a quiet 0.
-    EXPECT_EQ(record.next(), 0);
-    EXPECT_EQ(record.errorCode(), 0);
+    EXPECT_EQ(record.next(), LUM_SAX_DONE);
+    EXPECT_EQ(record.errorCode(), LUM_OK);
 }
 
 TEST_F(SaxParse, DeletionClearsTheLibraryFieldsAndTheIds) {
     HostRecord record;
     record.setMemory("<r><a/></r>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     ASSERT_NE(record.systemId(), nullptr);
     lumSAXDeleteParserInstance(record.get());
     EXPECT_EQ(record.reader(), nullptr);
@@ -580,14 +580,14 @@ TEST_F(SaxParse, DeletionClearsTheLibraryFieldsAndTheIds) {
     EXPECT_EQ(tailOf(record), nullptr);
     EXPECT_EQ(record.systemId(), nullptr);
     EXPECT_EQ(record.publicId(), nullptr);
-    EXPECT_EQ(record.state(), 1);
+    EXPECT_EQ(record.state(), LUM_SAX_STATE_FIRST_PASS);
 }
 
 TEST_F(SaxParse, ResetClearsTheFieldAt432) {
     HostRecord record;
     writeAt<void*>(record.bytes(), rec::kReserved432, record.bytes());
     record.setMemory("<r/>");
-    ASSERT_EQ(record.first(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
     EXPECT_EQ(readAt<void*>(record.bytes(), rec::kReserved432), nullptr);
 }
 
@@ -612,30 +612,30 @@ TEST_F(SaxParse, FieldsTheReaderDoesNotUseAreLeftAlone) {
 TEST_F(SaxParse, FailedStartWithAStaleCountAnswersOneAndKeepsTheReason) {
     HostRecord record;
     record.setMemory("<r xmlns='u' xmlns:p='v'/>");
-    ASSERT_EQ(record.first(), 1);
-    ASSERT_EQ(record.next(), 1);
+    ASSERT_EQ(record.first(), LUM_SAX_MORE);
+    ASSERT_EQ(record.next(), LUM_SAX_MORE);
     ASSERT_GT(record.eventCount(), 1);  // abandoned with events queued
 
     record.setFile(dir.file("missing.xml"));
-    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.first(), LUM_SAX_MORE);
     EXPECT_EQ(record.head(), nullptr);
     EXPECT_EQ(record.scanToken(), nullptr);  // the parse is over
-    EXPECT_EQ(record.errorCode(), 3);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_PARSE);
     EXPECT_EQ(record.errorText().rfind("Error parsing file: unable to open primary document", 0),
               0u);
 
     record.setNoFile();
-    EXPECT_EQ(record.first(), 1);
+    EXPECT_EQ(record.first(), LUM_SAX_MORE);
     EXPECT_EQ(record.errorText(), "No input file specified");
-    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NO_INPUT_FILE);
 }
 
 TEST_F(SaxParse, FailedStartWithoutEventsAnswersZero) {
     HostRecord record;
     record.setNoFile();
-    EXPECT_EQ(record.first(), 0);
+    EXPECT_EQ(record.first(), LUM_SAX_DONE);
     EXPECT_EQ(record.errorText(), "No input file specified");
-    EXPECT_EQ(record.errorCode(), 11);
+    EXPECT_EQ(record.errorCode(), LUM_ERR_NO_INPUT_FILE);
     EXPECT_EQ(record.head(), nullptr);
 }
 

@@ -293,7 +293,7 @@ TEST_P(ClearCallbackData, ReleasesTheSlotsOfItsKindAndZeroesTheEvent) {
         EXPECT_EQ(readAt<void*>(event, lumtest::evt::kArg1 + 8 * static_cast<size_t>(i)), nullptr);
         if (i >= GetParam().releasedSlots) releaseLibraryString(slots[i]);
     }
-    EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kKind), 0u);
+    EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kKind), uint32_t{LUM_SAX_EVENT_EMPTY});
     EXPECT_EQ(stringAt(event, lumtest::evt::kName), nullptr);
     EXPECT_EQ(readAt<void*>(event, lumtest::evt::kNext), nullptr);
     EXPECT_EQ(readAt<uint32_t>(event, lumtest::evt::kArgCount), 4u);
@@ -301,16 +301,29 @@ TEST_P(ClearCallbackData, ReleasesTheSlotsOfItsKindAndZeroesTheEvent) {
 
 INSTANTIATE_TEST_SUITE_P(
     ReleaseTable, ClearCallbackData,
-    ::testing::Values(ReleaseRow{0, 0}, ReleaseRow{1, 0}, ReleaseRow{2, 0}, ReleaseRow{3, 2},
-                      ReleaseRow{4, 1}, ReleaseRow{6, 3}, ReleaseRow{9, 2}, ReleaseRow{10, 0},
-                      ReleaseRow{11, 0}, ReleaseRow{12, 4}, ReleaseRow{13, 3}, ReleaseRow{14, 2},
-                      ReleaseRow{15, 1}, ReleaseRow{16, 1}, ReleaseRow{17, 1}, ReleaseRow{99, 0}),
+    ::testing::Values(ReleaseRow{LUM_SAX_EVENT_EMPTY, 0},
+                      ReleaseRow{LUM_SAX_EVENT_START_DOCUMENT, 0},
+                      ReleaseRow{LUM_SAX_EVENT_END_DOCUMENT, 0},
+                      ReleaseRow{LUM_SAX_EVENT_START_PREFIX_MAPPING, 2},
+                      ReleaseRow{LUM_SAX_EVENT_END_PREFIX_MAPPING, 1},
+                      ReleaseRow{LUM_SAX_EVENT_END_ELEMENT, 3},
+                      ReleaseRow{LUM_SAX_EVENT_PROCESSING_INSTRUCTION, 2},
+                      ReleaseRow{LUM_SAX_EVENT_SKIPPED_ENTITY, 0},
+                      ReleaseRow{LUM_SAX_EVENT_SET_DOC_LOCATOR, 0},
+                      ReleaseRow{LUM_SAX_EVENT_UNPARSED_ENTITY_DECL, 4},
+                      ReleaseRow{LUM_SAX_EVENT_NOTATION_DECL, 3},
+                      ReleaseRow{LUM_SAX_EVENT_RESOLVE_ENTITY, 2},
+                      ReleaseRow{LUM_SAX_EVENT_WARNING, 1},
+                      ReleaseRow{LUM_SAX_EVENT_ERROR, 1},
+                      ReleaseRow{LUM_SAX_EVENT_FATAL_ERROR, 1},
+                      ReleaseRow{99, 0}),
     [](const ::testing::TestParamInfo<ReleaseRow>& info) {
         return "Kind" + std::to_string(info.param.kind);
     });
 
 TEST_F(SaxResolver, ClearingTextEventsLeavesTheirLengthUnreleased) {
-    for (uint32_t kind : {7u, 8u}) {
+    for (uint32_t kind : {uint32_t{LUM_SAX_EVENT_CHARACTERS},
+                          uint32_t{LUM_SAX_EVENT_IGNORABLE_WHITESPACE}}) {
         unsigned char event[lumtest::evt::kSize] = {};
         writeAt<uint32_t>(event, lumtest::evt::kKind, kind);
         writeAt<char*>(event, lumtest::evt::kArg1, libraryString("text"));
@@ -323,7 +336,7 @@ TEST_F(SaxResolver, ClearingTextEventsLeavesTheirLengthUnreleased) {
 
 TEST_F(SaxResolver, ClearingStartElementReleasesItsAttributeList) {
     unsigned char event[lumtest::evt::kSize] = {};
-    writeAt<uint32_t>(event, lumtest::evt::kKind, 5);
+    writeAt<uint32_t>(event, lumtest::evt::kKind, LUM_SAX_EVENT_START_ELEMENT);
     writeAt<char*>(event, lumtest::evt::kArg1, libraryString("urn:x"));
     writeAt<char*>(event, lumtest::evt::kArg2, libraryString("r"));
     writeAt<char*>(event, lumtest::evt::kArg3, libraryString("x:r"));

@@ -53,8 +53,9 @@ int32_t load(void*& document, const std::string& text, const int32_t* limit) {
     lumInitDocument(&document, 1, made.buffer, &made.code);
     ErrorSlot error;
     char encoding[257] = {0};
-    lumDocLoad(&document, 4, 1, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
+    lumDocLoad(&document, LUM_LOAD_NO_DEFAULT_ENTITY_RESOLUTION, LUM_LOAD_FROM_MEMORY, encoding,
+               nullptr, text.data(), static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr,
+               error.buffer,
                &error.code);
     return error.code;
 }
@@ -68,8 +69,8 @@ std::string save(void* document) {
     ErrorSlot e;
     void* memory = nullptr;
     uint32_t length = 0;
-    lumDocSave(&document, 1, 0, 0, 1, nullptr, nullptr, &memory, &length, 0, nullptr, e.buffer,
-               &e.code);
+    lumDocSave(&document, LUM_SAVE_TO_MEMORY, 0, 0, 1, nullptr, nullptr, &memory, &length, 0,
+               nullptr, e.buffer, &e.code);
     std::string out = memory != nullptr ? std::string(static_cast<const char*>(memory), length)
                                         : "save error " + e.text();
     std::free(memory);
@@ -78,10 +79,11 @@ std::string save(void* document) {
 
 void pull(const std::string& text, Outcome& outcome) {
     SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, 4, 50000);
+    lumtest::setUpMemoryPull(instance, text, LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION, 50000);
     lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
         ++outcome.events;
-        if (event.kind == 7) outcome.characters += static_cast<const char*>(event.arg1);
+        if (event.kind == LUM_SAX_EVENT_CHARACTERS)
+            outcome.characters += static_cast<const char*>(event.arg1);
         return true;
     });
     lumSAXDeleteParserInstance(&instance);
@@ -90,10 +92,10 @@ void pull(const std::string& text, Outcome& outcome) {
 std::string write() {
     lumtest::HostWriter w;
     if (w.openStream() != 0) return "open failed";
-    w.run(23, "r");
-    w.run(25, "a<b & \xC3\xA9");
-    w.run(24, "r");
-    w.run(22);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_CHARACTERS, "a<b & \xC3\xA9");
+    w.run(LUM_WRITER_END_ELEMENT, "r");
+    w.run(LUM_WRITER_END_DOCUMENT);
     return w.stream();
 }
 
@@ -122,7 +124,7 @@ TEST(Threads, DocumentsReadersAndWritersOnFourThreadsAtOnce) {
 #endif
     lumtest::initLibraryOnce();
     const Outcome expected = oneRound();
-    ASSERT_EQ(expected.loadCode, 0);
+    ASSERT_EQ(expected.loadCode, LUM_OK);
     ASSERT_EQ(expected.hostileCode, 10);
     ASSERT_NE(expected.events, 0u);
 

@@ -21,15 +21,15 @@ class WriterOutput : public lumtest::WriterTest {};
 
 TEST_F(WriterOutput, BareDeclarationWithNoVersionAndNoEncoding) {
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    EXPECT_EQ(w.state(), 2);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_PROLOG);
     EXPECT_EQ(w.memory(), "<?xml?>");
 }
 
 TEST_F(WriterOutput, DeclarationWithTheEncodingAlone) {
     HostWriter w;
     w.options.encoding = "UTF-8";
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml encoding=\"UTF-8\"?>");
 }
 
@@ -39,7 +39,7 @@ TEST_F(WriterOutput, DeclarationWithVersionEncodingAndStandalone) {
     w.options.encoding = "ISO-8859-1";
     w.options.standalone = 1;
     w.options.formatted = 1;
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(),
               "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone=\"yes\"?>\n");
 }
@@ -48,7 +48,7 @@ TEST_F(WriterOutput, StandaloneOtherThanOneIsNo) {
     HostWriter w;
     w.options.version = "1.0";
     w.options.standalone = 7;
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml version=\"1.0\" standalone=\"no\"?>");
 }
 
@@ -56,7 +56,7 @@ TEST_F(WriterOutput, EmptyVersionAndEncodingCountAsAbsent) {
     HostWriter w;
     w.options.version = "";
     w.options.encoding = "";
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml?>");
 }
 
@@ -64,7 +64,7 @@ TEST_F(WriterOutput, FragmentModeWritesNoDeclaration) {
     HostWriter w;
     w.options.fragment = 1;
     w.options.version = "1.0";
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "");
 }
 
@@ -73,7 +73,7 @@ TEST_F(WriterOutput, FragmentModeWritesNoDeclaration) {
 TEST_F(WriterOutput, MemoryWithMarkKindWritesNoMarkForUtf8) {
     // Only UTF-16 encodings get a byte-order mark.
     w.options.standalone = 1;
-    ASSERT_EQ(w.openMemory(2), 0);
+    ASSERT_EQ(w.openMemory(LUM_WRITER_TO_MEMORY_WITH_BOM), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml standalone=\"yes\"?>");
 }
 
@@ -81,16 +81,16 @@ TEST_F(WriterOutput, NegativeStandaloneIsNo) {
     w.options.standalone = -1;
     w.options.version = "1.1";
     w.options.encoding = "utf-8";
-    ASSERT_EQ(w.openMemory(), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml version=\"1.1\" encoding=\"utf-8\" standalone=\"no\"?>");
 }
 
 TEST_F(WriterOutput, MessageAddressIsPublishedEvenWhenTheOpenFails) {
     w.options.outputKind = 9;
-    EXPECT_EQ(w.run(21), 3);
+    EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OUTPUT_KIND);
     EXPECT_NE(w.options.message, nullptr);
     EXPECT_EQ(w.message(), "");
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
 }
 
 // ---- Output kinds ----------------------------------------------------------
@@ -99,23 +99,23 @@ TEST_F(WriterOutput, StreamKindCollectsTheSameBytesAsMemory) {
     HostWriter memory, stream;
     for (HostWriter* w : {&memory, &stream}) {
         w->options.version = "1.0";
-        ASSERT_EQ(w == &memory ? w->openMemory() : w->openStream(), 0);
-        EXPECT_EQ(w->run(23, "r"), 0);
-        EXPECT_EQ(w->run(25, "a<b"), 0);
-        EXPECT_EQ(w->run(24, "r"), 0);
+        ASSERT_EQ(w == &memory ? w->openMemory() : w->openStream(), LUM_WRITER_OK);
+        EXPECT_EQ(w->run(LUM_WRITER_START_ELEMENT, "r"), LUM_WRITER_OK);
+        EXPECT_EQ(w->run(LUM_WRITER_CHARACTERS, "a<b"), LUM_WRITER_OK);
+        EXPECT_EQ(w->run(LUM_WRITER_END_ELEMENT, "r"), LUM_WRITER_OK);
     }
     std::string fromMemory = memory.memory();
-    ASSERT_EQ(memory.run(22), 0);
-    ASSERT_EQ(stream.run(22), 0);
+    ASSERT_EQ(memory.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
+    ASSERT_EQ(stream.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     EXPECT_EQ(fromMemory, "<?xml version=\"1.0\"?><r>a&lt;b</r>");
     EXPECT_EQ(stream.stream(), fromMemory);
 }
 
 TEST_F(WriterOutput, StreamKindWithoutCallbackIsRefusedWith3) {
     HostWriter w;
-    w.options.outputKind = 3;
-    EXPECT_EQ(w.run(21), 3);
-    EXPECT_EQ(w.state(), 7);
+    w.options.outputKind = LUM_WRITER_TO_STREAM;
+    EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OUTPUT_KIND);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
 }
 
 TEST_F(WriterOutput, FileKindWithEightBitName) {
@@ -123,12 +123,12 @@ TEST_F(WriterOutput, FileKindWithEightBitName) {
     std::string path = dir.file("w.xml");
     {
         HostWriter w;
-        w.options.outputKind = 1;
+        w.options.outputKind = LUM_WRITER_TO_FILE;
         w.options.fileName = path.c_str();
         w.options.fragment = 1;
-        ASSERT_EQ(w.run(21), 0);
-        EXPECT_EQ(w.run(26, "e"), 0);
-        EXPECT_EQ(w.run(22), 0);
+        ASSERT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_OK);
+        EXPECT_EQ(w.run(LUM_WRITER_EMPTY_ELEMENT, "e"), LUM_WRITER_OK);
+        EXPECT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     }
     EXPECT_EQ(lumtest::readFile(path), "<e/>");
 }
@@ -140,14 +140,14 @@ TEST_F(WriterOutput, FileKindPrefersTheUtf16Name) {
     wide += u"/\u00e9l\u00e8ve.xml";
     {
         HostWriter w;
-        w.options.outputKind = 1;
+        w.options.outputKind = LUM_WRITER_TO_FILE;
         w.options.fileName = narrow.c_str();
         w.options.wideFileName = lumtest::wideUnits(wide);
         w.options.encoding = "UTF-16LE";
         w.options.fragment = 1;
-        ASSERT_EQ(w.run(21), 0);
-        EXPECT_EQ(w.run(26, "e"), 0);
-        EXPECT_EQ(w.run(22), 0);
+        ASSERT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_OK);
+        EXPECT_EQ(w.run(LUM_WRITER_EMPTY_ELEMENT, "e"), LUM_WRITER_OK);
+        EXPECT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     }
     EXPECT_EQ(lumtest::readWideNamedFile(wide), std::string("\xFF\xFE<\0e\0/\0>\0", 10));
     EXPECT_EQ(lumtest::readFile(narrow), "");
@@ -156,34 +156,35 @@ TEST_F(WriterOutput, FileKindPrefersTheUtf16Name) {
 TEST_F(WriterOutput, FileKindNeedsTheEightBitNameEvenWithAUtf16Name) {
     std::u16string wide = u"/tmp/lumxml-never-written.xml";
     HostWriter w;
-    w.options.outputKind = 1;
+    w.options.outputKind = LUM_WRITER_TO_FILE;
     w.options.wideFileName = lumtest::wideUnits(wide);
-    EXPECT_EQ(w.run(21), 3);
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OUTPUT_KIND);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
 }
 
 TEST_F(WriterOutput, FileThatCannotBeCreatedGives5AndState7) {
     HostWriter w;
-    w.options.outputKind = 1;
+    w.options.outputKind = LUM_WRITER_TO_FILE;
     w.options.fileName = "/nonexistent-lumxml-dir/out.xml";
-    EXPECT_EQ(w.run(21), 5);
-    EXPECT_EQ(w.state(), 7);
-    EXPECT_EQ(w.run(23, "r"), 1);  // no formatter was made; nothing runs
+    EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OPEN);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
+    // No formatter was made; nothing runs.
+    EXPECT_EQ(w.run(LUM_WRITER_START_ELEMENT, "r"), LUM_WRITER_REFUSED);
 }
 
 TEST_F(WriterOutput, UnknownEncodingGives5) {
     HostWriter w;
     w.options.encoding = "no-such-encoding";
-    EXPECT_EQ(w.openMemory(), 5);
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.openMemory(), LUM_WRITER_ERR_OPEN);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
 }
 
 TEST_F(WriterOutput, OutputKindsOtherThan1235AreRefusedWith3) {
     for (int32_t kind : {0, 4, 6, -1, 99}) {
         HostWriter w;
         w.options.outputKind = kind;
-        EXPECT_EQ(w.run(21), 3) << kind;
-        EXPECT_EQ(w.state(), 7) << kind;
+        EXPECT_EQ(w.run(LUM_WRITER_OPEN), LUM_WRITER_ERR_OUTPUT_KIND) << kind;
+        EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED) << kind;
     }
 }
 
@@ -192,7 +193,7 @@ TEST_F(WriterOutput, OutputKindsOtherThan1235AreRefusedWith3) {
 TEST_F(WriterOutput, Utf16MemoryWithMarkBeginsWithTheMarkThenTheDeclaration) {
     HostWriter w;
     w.options.encoding = "utf-16";
-    ASSERT_EQ(w.openMemory(2), 0);
+    ASSERT_EQ(w.openMemory(LUM_WRITER_TO_MEMORY_WITH_BOM), LUM_WRITER_OK);
     const std::string expected("\xFF\xFE<\0?\0x\0m\0l\0 \0e\0n\0c\0o\0d\0i\0n\0g\0=\0\"\0"
                                "u\0t\0f\0-\0\x31\0\x36\0\"\0?\0>\0",
                                52);
@@ -203,27 +204,27 @@ TEST_F(WriterOutput, Utf16MemoryWithoutMarkKind5) {
     HostWriter w;
     w.options.encoding = "UTF-16LE";
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(5), 0);
-    ASSERT_EQ(w.run(26, "a"), 0);
-    ASSERT_EQ(w.run(1), 0);  // completes the tag
+    ASSERT_EQ(w.openMemory(LUM_WRITER_TO_MEMORY), LUM_WRITER_OK);
+    ASSERT_EQ(w.run(LUM_WRITER_EMPTY_ELEMENT, "a"), LUM_WRITER_OK);
+    ASSERT_EQ(w.run(LUM_WRITER_CREATE), LUM_WRITER_OK);  // completes the tag
     EXPECT_EQ(w.memory(), std::string("<\0a\0/\0>\0", 8));
 }
 
 TEST_F(WriterOutput, Iso88591WritesCharactersOutsideItAsReferences) {
     HostWriter w;
     w.options.encoding = "ISO-8859-1";
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    w.run(25, "\xC3\xA9 \xE2\x82\xAC");  // e-acute, a blank, the euro sign
-    w.run(24, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_CHARACTERS, "\xC3\xA9 \xE2\x82\xAC");  // e-acute, a blank, the euro sign
+    w.run(LUM_WRITER_END_ELEMENT, "r");
     EXPECT_EQ(w.memory(), "<?xml encoding=\"ISO-8859-1\"?><r>\xE9 &#x20AC;</r>");
 }
 
 TEST_F(WriterOutput, Utf8KeepsEveryCharacter) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(25, "\xC3\xA9\xE2\x82\xAC");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_CHARACTERS, "\xC3\xA9\xE2\x82\xAC");
     EXPECT_EQ(w.memory(), "\xC3\xA9\xE2\x82\xAC");
 }
 
@@ -234,81 +235,81 @@ protected:
     void SetUp() override {
         WriterOutput::SetUp();
         w.options.fragment = 1;
-        ASSERT_EQ(w.openMemory(), 0);
+        ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     }
     HostWriter w;
 };
 
 TEST_F(TextCommands, CharactersEscapeMarkup) {
-    EXPECT_EQ(w.run(25, "<a & 'b' \"c\">"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_CHARACTERS, "<a & 'b' \"c\">"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "&lt;a &amp; &apos;b&apos; &quot;c&quot;&gt;");
-    EXPECT_EQ(w.state(), 5);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_AFTER_TEXT);
 }
 
 TEST_F(TextCommands, RawTextIsWrittenAsItIs) {
-    EXPECT_EQ(w.run(30, "<x>&amp;</x>"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_RAW_TEXT, "<x>&amp;</x>"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<x>&amp;</x>");
-    EXPECT_EQ(w.state(), 5);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_AFTER_TEXT);
 }
 
 TEST_F(TextCommands, CommentTextIsNotExamined) {
-    EXPECT_EQ(w.run(28, "a -- b"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_COMMENT, "a -- b"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<!-- a -- b -->");
-    EXPECT_EQ(w.state(), 2);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_PROLOG);
 }
 
 TEST_F(TextCommands, ProcessingInstructionWithAndWithoutData) {
-    EXPECT_EQ(w.run(29, "app", "x<y"), 0);
-    EXPECT_EQ(w.run(29, "app"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "app", "x<y"), LUM_WRITER_OK);
+    EXPECT_EQ(w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "app"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?app x<y?><?app ?>");
 }
 
 TEST_F(TextCommands, EntityReference) {
-    EXPECT_EQ(w.run(32, "amp"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_ENTITY_REFERENCE, "amp"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "&amp;");
 }
 
 TEST_F(TextCommands, CdataSection) {
-    EXPECT_EQ(w.run(33, "a<b&c"), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_CDATA, "a<b&c"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<![CDATA[a<b&c]]>");
 }
 
 TEST_F(TextCommands, EmptyTextIsLikeNull) {
-    EXPECT_EQ(w.run(25, ""), 0);
-    EXPECT_EQ(w.run(30, ""), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_CHARACTERS, ""), LUM_WRITER_OK);
+    EXPECT_EQ(w.run(LUM_WRITER_RAW_TEXT, ""), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "");
 }
 
 TEST_F(WriterOutput, DoctypeWithOnlyASystemIdentifier) {
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    EXPECT_EQ(w.run(31, "r", "r.dtd"), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    EXPECT_EQ(w.run(LUM_WRITER_DOCTYPE, "r", "r.dtd"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml?><!DOCTYPE r SYSTEM \"r.dtd\">");
 }
 
 TEST_F(WriterOutput, DoctypeWithTwoIdentifiersIsPublicFirst) {
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    EXPECT_EQ(w.run(31, "r", "-//L//DTD R//EN", "r.dtd"), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    EXPECT_EQ(w.run(LUM_WRITER_DOCTYPE, "r", "-//L//DTD R//EN", "r.dtd"), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<?xml?><!DOCTYPE r PUBLIC \"-//L//DTD R//EN\" \"r.dtd\">");
 }
 
 TEST_F(WriterOutput, DoctypeOutsideThePrologIsRefused) {
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    EXPECT_EQ(w.run(31, "r", "r.dtd"), 1);
-    w.run(24, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    EXPECT_EQ(w.run(LUM_WRITER_DOCTYPE, "r", "r.dtd"), LUM_WRITER_REFUSED);
+    w.run(LUM_WRITER_END_ELEMENT, "r");
     EXPECT_EQ(w.memory(), "<?xml?><r></r>");
 }
 
 TEST_F(WriterOutput, CdataContainingItsEndGives21WithTheFixedMessage) {
     HostWriter w;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    EXPECT_EQ(w.run(33, "a]]>b"), 21);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    EXPECT_EQ(w.run(LUM_WRITER_CDATA, "a]]>b"), LUM_WRITER_ERR_CDATA_END);
     EXPECT_EQ(w.message(), "The sequence ']]>' is not allowed in character data");
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
     EXPECT_EQ(w.options.memoryBuffer, nullptr);
     EXPECT_EQ(w.options.memoryLength, nullptr);
 }
@@ -316,12 +317,12 @@ TEST_F(WriterOutput, CdataContainingItsEndGives21WithTheFixedMessage) {
 TEST_F(WriterOutput, CharactersAfterAStartTagStayOnItsLineInFormattedMode) {
     HostWriter w;
     w.options.formatted = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    w.run(23, "a");
-    w.run(25, "text");
-    w.run(24, "a");
-    w.run(24, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    w.run(LUM_WRITER_CHARACTERS, "text");
+    w.run(LUM_WRITER_END_ELEMENT, "a");
+    w.run(LUM_WRITER_END_ELEMENT, "r");
     EXPECT_EQ(w.memory(), "<?xml?>\n<r>\n  <a>text</a>\n</r>\n");
 }
 
@@ -329,12 +330,12 @@ TEST_F(WriterOutput, FormattedCommentsPisAndCdataAreIndented) {
     HostWriter w;
     w.options.formatted = 1;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    w.run(28, "c");
-    w.run(29, "p", "d");
-    w.run(33, "x");
-    w.run(24, "r");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_COMMENT, "c");
+    w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "p", "d");
+    w.run(LUM_WRITER_CDATA, "x");
+    w.run(LUM_WRITER_END_ELEMENT, "r");
     EXPECT_EQ(w.memory(), "<r>\n  <!-- c -->\n  <?p d?>\n  <![CDATA[x]]>\n</r>\n");
 }
 
@@ -345,10 +346,10 @@ TEST_F(WriterOutput, AttributeValuesAndDeclaredUrisUseAttributeEscapes) {
         HostWriter h;
         h.options.fragment = 1;
         h.options.encoding = encoding;
-        ASSERT_EQ(h.openMemory(), 0);
-        h.run(23, "a", "urn:<&\">'");
-        h.run(10, "v", "<&\">'\t\n\r");
-        h.run(24, "a", "urn:<&\">'");
+        ASSERT_EQ(h.openMemory(), LUM_WRITER_OK);
+        h.run(LUM_WRITER_START_ELEMENT, "a", "urn:<&\">'");
+        h.run(LUM_WRITER_ADD_ATTRIBUTE, "v", "<&\">'\t\n\r");
+        h.run(LUM_WRITER_END_ELEMENT, "a", "urn:<&\">'");
         EXPECT_EQ(h.memory(),
                   "<a xmlns=\"urn:&lt;&amp;&quot;>'\" v=\"&lt;&amp;&quot;>'&#x9;&#xA;&#xD;\"></a>")
             << encoding;
@@ -360,8 +361,8 @@ TEST_F(WriterOutput, CharactersUseStandardEscapesInEveryEncoding) {
         HostWriter h;
         h.options.fragment = 1;
         h.options.encoding = encoding;
-        ASSERT_EQ(h.openMemory(), 0);
-        h.run(25, "<&\">'\t\n\r");
+        ASSERT_EQ(h.openMemory(), LUM_WRITER_OK);
+        h.run(LUM_WRITER_CHARACTERS, "<&\">'\t\n\r");
         EXPECT_EQ(h.memory(), "&lt;&amp;&quot;&gt;&apos;\t\n\r") << encoding;
     }
 }
@@ -371,19 +372,19 @@ TEST_F(WriterOutput, CharactersUseStandardEscapesInEveryEncoding) {
 TEST_F(WriterOutput, FormattedDocumentBytes) {
     w.options.version = "1.0";
     w.options.formatted = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "root");
-    w.run(28, "c");
-    w.run(26, "e");
-    w.run(23, "b");
-    w.run(23, "d");
-    w.run(25, "t");
-    w.run(24, "d");
-    w.run(24, "b");
-    w.run(29, "t", "d");
-    w.run(33, "x");
-    w.run(32, "amp");
-    w.run(24, "root");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "root");
+    w.run(LUM_WRITER_COMMENT, "c");
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "e");
+    w.run(LUM_WRITER_START_ELEMENT, "b");
+    w.run(LUM_WRITER_START_ELEMENT, "d");
+    w.run(LUM_WRITER_CHARACTERS, "t");
+    w.run(LUM_WRITER_END_ELEMENT, "d");
+    w.run(LUM_WRITER_END_ELEMENT, "b");
+    w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "t", "d");
+    w.run(LUM_WRITER_CDATA, "x");
+    w.run(LUM_WRITER_ENTITY_REFERENCE, "amp");
+    w.run(LUM_WRITER_END_ELEMENT, "root");
     EXPECT_EQ(w.memory(),
               "<?xml version=\"1.0\"?>\n"
               "<root>\n"
@@ -399,52 +400,53 @@ TEST_F(WriterOutput, FormattedDocumentBytes) {
 
 TEST_F(WriterOutput, FormattedRawTextAfterAStartTagStartsOnTheNextLine) {
     openFragment(false, true);
-    w.run(23, "a");
-    w.run(23, "b");
-    w.run(30, "raw");
-    w.run(24, "b");
-    w.run(24, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "b");
+    w.run(LUM_WRITER_RAW_TEXT, "raw");
+    w.run(LUM_WRITER_END_ELEMENT, "b");
+    w.run(LUM_WRITER_END_ELEMENT, "a");
     EXPECT_EQ(w.memory(), "<a>\n  <b>\nraw</b>\n</a>\n");
 }
 
 TEST_F(WriterOutput, FormattedEndTagAfterTextIsNotIndentedButAfterACommentIs) {
     openFragment(false, true);
-    w.run(23, "a");
-    w.run(23, "b");
-    w.run(28, "c");
-    w.run(24, "b");
-    w.run(25, "t");
-    w.run(24, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "b");
+    w.run(LUM_WRITER_COMMENT, "c");
+    w.run(LUM_WRITER_END_ELEMENT, "b");
+    w.run(LUM_WRITER_CHARACTERS, "t");
+    w.run(LUM_WRITER_END_ELEMENT, "a");
     EXPECT_EQ(w.memory(), "<a>\n  <b>\n    <!-- c -->\n  </b>\nt</a>\n");
 }
 
 TEST_F(WriterOutput, FormattedFailedProcessingInstructionLeavesOnlyItsIndentation) {
     openStream(true, true, true);
-    w.run(23, "a");
-    EXPECT_EQ(w.run(29, "xml-stylesheet", "href=\"s\""), 6);
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    EXPECT_EQ(w.run(LUM_WRITER_PROCESSING_INSTRUCTION, "xml-stylesheet", "href=\"s\""),
+              LUM_WRITER_ERR_INVALID_NAME);
     EXPECT_EQ(w.message(), "xml-stylesheet");
     EXPECT_EQ(w.stream(), "<a>\n  ");
 }
 
 TEST_F(WriterOutput, FormattedCdataWithItsEndLeavesOnlyItsIndentation) {
     openStream(false, true, true);
-    w.run(23, "a");
-    EXPECT_EQ(w.run(33, "a]]>b"), 21);
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    EXPECT_EQ(w.run(LUM_WRITER_CDATA, "a]]>b"), LUM_WRITER_ERR_CDATA_END);
     EXPECT_EQ(w.message(), "The sequence ']]>' is not allowed in character data");
     EXPECT_EQ(w.stream(), "<a>\n  ");
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
 }
 
 TEST_F(WriterOutput, FormattedDoctypeIsFollowedByALineAndTheRootIsNotIndented) {
     w.options.formatted = 1;
     w.options.strict = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(31, "r", "-//P//EN", "r.dtd");
-    w.run(28, "c");
-    w.run(23, "r");
-    w.run(26, "e");
-    EXPECT_EQ(w.run(24, "r"), 0);
-    EXPECT_EQ(w.run(22), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_DOCTYPE, "r", "-//P//EN", "r.dtd");
+    w.run(LUM_WRITER_COMMENT, "c");
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "e");
+    EXPECT_EQ(w.run(LUM_WRITER_END_ELEMENT, "r"), LUM_WRITER_OK);
+    EXPECT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(),
               "<?xml?>\n"
               "<!DOCTYPE r PUBLIC \"-//P//EN\" \"r.dtd\">\n"
@@ -456,10 +458,10 @@ TEST_F(WriterOutput, FormattedDoctypeIsFollowedByALineAndTheRootIsNotIndented) {
 
 TEST_F(WriterOutput, FormattedEmptyElementAlwaysEndsItsLine) {
     openFragment(false, true);
-    w.run(23, "a");
-    w.run(26, "e");
-    w.run(25, "t");
-    w.run(24, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "e");
+    w.run(LUM_WRITER_CHARACTERS, "t");
+    w.run(LUM_WRITER_END_ELEMENT, "a");
     EXPECT_EQ(w.memory(), "<a>\n  <e/>\nt</a>\n");
 }
 
@@ -468,10 +470,10 @@ TEST_F(WriterOutput, FormattedEmptyElementAlwaysEndsItsLine) {
 TEST_F(WriterOutput, EndOfDocumentLeavesTheHostALengthToRead) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(26, "e");
-    ASSERT_EQ(w.run(22), 0);
-    EXPECT_EQ(w.state(), 6);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "e");
+    ASSERT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_ENDED);
     // The target is gone; the length cell the host reads is the writer's.
     ASSERT_NE(w.options.memoryLength, nullptr);
     EXPECT_EQ(*w.options.memoryLength, 4u);
@@ -481,34 +483,38 @@ TEST_F(WriterOutput, EndOfDocumentLeavesTheHostALengthToRead) {
 TEST_F(WriterOutput, TextCommandsAfterTheEndAreRefusedAndWriteNothing) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(26, "e");
-    ASSERT_EQ(w.run(22), 0);
-    for (int32_t command : {23, 24, 25, 26, 27, 28, 29, 30, 32, 33})
-        EXPECT_EQ(w.run(command, "x", "y"), 1) << command;
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "e");
+    ASSERT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
+    for (int32_t command : {LUM_WRITER_START_ELEMENT, LUM_WRITER_END_ELEMENT,
+                            LUM_WRITER_CHARACTERS, LUM_WRITER_EMPTY_ELEMENT,
+                            LUM_WRITER_DATA_ELEMENT, LUM_WRITER_COMMENT,
+                            LUM_WRITER_PROCESSING_INSTRUCTION, LUM_WRITER_RAW_TEXT,
+                            LUM_WRITER_ENTITY_REFERENCE, LUM_WRITER_CDATA})
+        EXPECT_EQ(w.run(command, "x", "y"), LUM_WRITER_REFUSED) << command;
     EXPECT_EQ(w.memory(), "<e/>");
-    EXPECT_EQ(w.state(), 6);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_ENDED);
 }
 
 TEST_F(WriterOutput, ReopeningAfterTheEndStartsAFreshDocument) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(26, "a");
-    ASSERT_EQ(w.run(22), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "a");
+    ASSERT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<a/>");
     w.freeBlock();
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(26, "b");
-    ASSERT_EQ(w.run(22), 0);
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "b");
+    ASSERT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
     EXPECT_EQ(w.memory(), "<b/>");
 }
 
 TEST_F(WriterOutput, EndOfDocumentPublishesTheFinalLength) {
     openFragment();
-    w.run(26, "a");
-    EXPECT_EQ(w.run(22), 0);
-    EXPECT_EQ(w.state(), 6);
+    w.run(LUM_WRITER_EMPTY_ELEMENT, "a");
+    EXPECT_EQ(w.run(LUM_WRITER_END_DOCUMENT), LUM_WRITER_OK);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_ENDED);
     ASSERT_NE(w.options.memoryLength, nullptr);
     EXPECT_EQ(*w.options.memoryLength, 4u);
     EXPECT_EQ(w.memory(), "<a/>");
@@ -519,45 +525,45 @@ TEST_F(WriterOutput, EndOfDocumentPublishesTheFinalLength) {
 TEST_F(WriterOutput, RestartCarriesTheOldTextIntoANewBlock) {
     HostWriter w;
     w.options.fragment = 1;
-    ASSERT_EQ(w.openMemory(), 0);
-    w.run(23, "r");
-    w.run(25, "one");
+    ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
+    w.run(LUM_WRITER_START_ELEMENT, "r");
+    w.run(LUM_WRITER_CHARACTERS, "one");
     // The host terminates its copy of the text and keeps the old block.
     std::string before = w.memory();
     void* oldBlock = w.options.memoryBuffer;
     static_cast<char*>(oldBlock)[*w.options.memoryLength] = '\0';
-    ASSERT_EQ(w.run(12), 0);
+    ASSERT_EQ(w.run(LUM_WRITER_RESTART_MEMORY), LUM_WRITER_OK);
     EXPECT_NE(w.options.memoryBuffer, oldBlock);
     std::free(oldBlock);
     EXPECT_EQ(w.memory(), "<r>one");
     EXPECT_EQ(before, "<r>one");
-    w.run(25, " & two");
-    w.run(24, "r");
+    w.run(LUM_WRITER_CHARACTERS, " & two");
+    w.run(LUM_WRITER_END_ELEMENT, "r");
     EXPECT_EQ(w.memory(), "<r>one &amp; two</r>");
-    EXPECT_EQ(w.state(), 4);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_AFTER_END_TAG);
 }
 
 TEST_F(WriterOutput, RestartWritesTheMarkUnlessKind5AndNoDeclaration) {
     HostWriter w;
     w.options.encoding = "UTF-16LE";
-    ASSERT_EQ(w.openMemory(2), 0);
+    ASSERT_EQ(w.openMemory(LUM_WRITER_TO_MEMORY_WITH_BOM), LUM_WRITER_OK);
     void* oldBlock = w.options.memoryBuffer;
     w.options.memoryLength = nullptr;  // no earlier text to carry over
-    ASSERT_EQ(w.run(12), 0);
+    ASSERT_EQ(w.run(LUM_WRITER_RESTART_MEMORY), LUM_WRITER_OK);
     std::free(oldBlock);
     EXPECT_EQ(w.memory(), "\xFF\xFE");
 }
 
 TEST_F(WriterOutput, RestartKeepsTheStateAndDoesNotCompleteTheStartTag) {
     openFragment();
-    w.run(23, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
     void* oldBlock = w.options.memoryBuffer;
     w.options.memoryLength = nullptr;
-    EXPECT_EQ(w.run(12), 0);
+    EXPECT_EQ(w.run(LUM_WRITER_RESTART_MEMORY), LUM_WRITER_OK);
     std::free(oldBlock);
-    EXPECT_EQ(w.state(), 3);
-    w.run(10, "x", "1");
-    w.run(24, "a");
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_START_TAG_OPEN);
+    w.run(LUM_WRITER_ADD_ATTRIBUTE, "x", "1");
+    w.run(LUM_WRITER_END_ELEMENT, "a");
     EXPECT_EQ(w.memory(), "<a x=\"1\"></a>");
 }
 
@@ -565,12 +571,12 @@ TEST_F(WriterOutput, RestartWithAnEmptyEncodingNameIsPassedOnAndFailsWith99) {
     // Unlike opening, restarting does not turn an empty name into UTF-8.
     w.options.encoding = "";
     openFragment();
-    w.run(23, "a");
+    w.run(LUM_WRITER_START_ELEMENT, "a");
     void* oldBlock = w.options.memoryBuffer;
     w.options.memoryLength = nullptr;
-    EXPECT_EQ(w.run(12), 99);
+    EXPECT_EQ(w.run(LUM_WRITER_RESTART_MEMORY), LUM_WRITER_ERR_UNEXPECTED);
     std::free(oldBlock);
-    EXPECT_EQ(w.state(), 7);
+    EXPECT_EQ(w.state(), LUM_WRITER_STATE_FAILED);
     EXPECT_EQ(w.options.memoryBuffer, nullptr);
 }
 

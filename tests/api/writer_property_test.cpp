@@ -238,11 +238,12 @@ public:
     void node(const Node& n) {
         switch (n.kind) {
             case Kind::kElement: element(*n.element); break;
-            case Kind::kText: run(25, orNull(n.text)); break;
-            case Kind::kEntity: run(32, n.text.c_str()); break;
-            case Kind::kCdata: run(33, orNull(n.text)); break;
-            case Kind::kComment: run(28, orNull(n.text)); break;
-            case Kind::kPi: run(29, n.text.c_str(), orNull(n.data)); break;
+            case Kind::kText: run(LUM_WRITER_CHARACTERS, orNull(n.text)); break;
+            case Kind::kEntity: run(LUM_WRITER_ENTITY_REFERENCE, n.text.c_str()); break;
+            case Kind::kCdata: run(LUM_WRITER_CDATA, orNull(n.text)); break;
+            case Kind::kComment: run(LUM_WRITER_COMMENT, orNull(n.text)); break;
+            case Kind::kPi: run(LUM_WRITER_PROCESSING_INSTRUCTION, n.text.c_str(),
+                                orNull(n.data)); break;
         }
     }
 
@@ -259,7 +260,9 @@ private:
         const void* texts[] = {a0, a1, a2, a3};
         for (int i = 0; i < 4; ++i) {
             // The list slot (arg2 of 23 and 26, arg3 of 27) is no text.
-            const bool list = (command == 27) ? i == 3 : (command == 23 || command == 26) && i == 2;
+            const bool startTag =
+                command == LUM_WRITER_START_ELEMENT || command == LUM_WRITER_EMPTY_ELEMENT;
+            const bool list = (command == LUM_WRITER_DATA_ELEMENT) ? i == 3 : startTag && i == 2;
             if (list && texts[i] != nullptr) {
                 const SaxAttrList* l = static_cast<const SaxAttrList*>(texts[i]);
                 for (int32_t k = 0; k < l->count; ++k)
@@ -271,7 +274,7 @@ private:
             }
         }
         trace += " -> " + std::to_string(result) + "\n";
-        if (result != 0 && failure.empty())
+        if (result != LUM_WRITER_OK && failure.empty())
             failure = "command " + std::to_string(command) + " -> " + std::to_string(result) +
                       " (" + w_.message() + ")";
     }
@@ -307,18 +310,22 @@ private:
         const SaxAttrList* list = e.attrsAsList ? &h.list : nullptr;
         const bool dataElement = e.children.size() == 1 && e.children[0].kind == Kind::kText;
         if (dataElement && (e.attrsAsList || (e.attrs.empty() && e.declarations.empty()))) {
-            run(27, name.c_str(), orNull(e.children[0].text), orNull(e.uri), list);
+            run(LUM_WRITER_DATA_ELEMENT, name.c_str(), orNull(e.children[0].text), orNull(e.uri),
+                list);
             return;
         }
-        run(e.children.empty() ? 26 : 23, name.c_str(), orNull(e.uri), list);
+        run(e.children.empty() ? LUM_WRITER_EMPTY_ELEMENT : LUM_WRITER_START_ELEMENT, name.c_str(),
+            orNull(e.uri), list);
         if (!e.attrsAsList) {
-            for (const auto& d : e.declarations) run(11, orNull(d.second), orNull(d.first));
+            for (const auto& d : e.declarations) run(LUM_WRITER_DECLARE_NAMESPACE,
+                                                     orNull(d.second), orNull(d.first));
             for (const Attr& a : e.attrs)
-                run(10, qualified(a.prefix, a.local).c_str(), orNull(a.value), orNull(a.uri));
+                run(LUM_WRITER_ADD_ATTRIBUTE, qualified(a.prefix, a.local).c_str(),
+                    orNull(a.value), orNull(a.uri));
         }
         if (e.children.empty()) return;
         for (const Node& child : e.children) node(child);
-        run(24, name.c_str(), orNull(e.uri));
+        run(LUM_WRITER_END_ELEMENT, name.c_str(), orNull(e.uri));
     }
 
     HostWriter& w_;
@@ -512,7 +519,7 @@ Written write(const Document& doc, bool formatted) {
     w.options.version = "1.0";
     w.options.encoding = orNull(doc.encoding);
     Written out;
-    int32_t opened = w.openMemory(5);
+    int32_t opened = w.openMemory(LUM_WRITER_TO_MEMORY);
     if (opened != 0) {
         out.failure = "open -> " + std::to_string(opened);
         return out;
@@ -521,7 +528,7 @@ Written write(const Document& doc, bool formatted) {
     for (const Node& n : doc.prolog) tree.node(n);
     tree.node(Node{Kind::kElement, "", "", doc.root});
     for (const Node& n : doc.epilog) tree.node(n);
-    int32_t ended = w.run(22);
+    int32_t ended = w.run(LUM_WRITER_END_DOCUMENT);
     out.failure = tree.failure;
     out.trace = tree.trace;
     if (out.failure.empty() && ended != 0) out.failure = "command 22 -> " + std::to_string(ended);

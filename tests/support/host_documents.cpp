@@ -9,14 +9,14 @@ namespace lumtest {
 HostDocument::HostDocument(int64_t hostHandle) {
     ErrorSlot error;
     lumInitDocument(&cell, hostHandle, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
 }
 
 HostDocument::~HostDocument() {
     if (cell == nullptr) return;
     ErrorSlot error;
     lumDocDelete(cell, error.buffer, &error.code);
-    EXPECT_EQ(error.code, 0) << error.text();
+    EXPECT_EQ(error.code, LUM_OK) << error.text();
 }
 
 LoadAnswer HostDocument::load(const LoadArgs& args) {
@@ -41,7 +41,7 @@ LoadAnswer HostDocument::loadMemory(const std::string& bytes, uint32_t flags,
                                     const char* systemId) {
     LoadArgs args;
     args.flags = flags;
-    args.sourceKind = 1;
+    args.sourceKind = LUM_LOAD_FROM_MEMORY;
     args.memory = bytes;
     args.systemId = systemId;
     return load(args);

@@ -12,7 +12,7 @@ namespace lumtest {
 
 struct LoadArgs {
     uint32_t flags = 0;
-    uint32_t sourceKind = 0;
+    uint32_t sourceKind = LUM_LOAD_FROM_FILE;
     const char* fileName = nullptr;
     std::string memory;
     const char* systemId = nullptr;

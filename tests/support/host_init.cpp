@@ -11,7 +11,7 @@ void initLibraryOnce(const char* codePage) {
     std::call_once(once, [codePage] {
         ErrorSlot error;
         lumInitParser(codePage, error.buffer, &error.code);
-        ASSERT_EQ(error.code, 0) << error.text();
+        ASSERT_EQ(error.code, LUM_OK) << error.text();
     });
 }
 

@@ -37,7 +37,7 @@ std::string saveToMemory(void* cell, const char* encoding) {
     SaveArgs args;
     args.encoding = encoding;
     SaveAnswer answer = save(cell, args);
-    EXPECT_EQ(answer.code, 0) << answer.message;
+    EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     EXPECT_TRUE(answer.handedOver);
     return answer.bytes;
 }

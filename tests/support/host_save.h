@@ -12,7 +12,7 @@
 namespace lumtest {
 
 struct SaveArgs {
-    int32_t target = 1;
+    int32_t target = LUM_SAVE_TO_MEMORY;
     uint8_t charEscapes = 0;
     uint8_t attributeEscapes = 0;
     uint8_t noByteOrderMark = 0;

@@ -16,7 +16,7 @@ inline void setUpMemoryPull(SaxParserInstance& instance, const std::string& text
                             uint32_t flags, int32_t limit) {
     std::memset(&instance, 0, sizeof instance);
     instance.flags = flags;
-    instance.inputKind = 1;
+    instance.inputKind = LUM_SAX_INPUT_MEMORY;
     instance.memoryBuffer = text.data();
     instance.memoryLength = static_cast<uint32_t>(text.size());
     instance.entityExpansionLimit = limit;
@@ -27,7 +27,7 @@ inline void setUpMemoryPull(SaxParserInstance& instance, const std::string& text
 template <class OnEvent>
 int32_t pullToEnd(SaxParserInstance& instance, OnEvent onEvent) {
     int32_t more = lumSAXParseFirst(&instance);
-    while (more == 1) {
+    while (more == LUM_SAX_MORE) {
         if (instance.eventHead != nullptr && !onEvent(*instance.eventHead)) break;
         more = lumSAXParseNext(&instance);
     }

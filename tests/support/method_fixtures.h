@@ -15,18 +15,18 @@
 namespace lumtest {
 
 // Node type codes as a host passes them to method 1.
-constexpr int32_t kElement = 1;
-constexpr int32_t kAttribute = 2;
-constexpr int32_t kText = 3;
-constexpr int32_t kCData = 4;
-constexpr int32_t kEntity = 6;
-constexpr int32_t kComment = 8;
+constexpr int32_t kElement = LUM_NODE_ELEMENT;
+constexpr int32_t kAttribute = LUM_NODE_ATTRIBUTE;
+constexpr int32_t kText = LUM_NODE_TEXT;
+constexpr int32_t kCData = LUM_NODE_CDATA_SECTION;
+constexpr int32_t kEntity = LUM_NODE_ENTITY;
+constexpr int32_t kComment = LUM_NODE_COMMENT;
 
 class LoadedDocumentTest : public ::testing::Test {
 protected:
     void load(const char* xml) {
         LoadAnswer answer = document.loadMemory(xml);
-        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_EQ(answer.code, LUM_OK) << answer.message;
         root = documentElementOf(document.cell);
         ASSERT_NE(root, nullptr);
     }
@@ -42,7 +42,7 @@ protected:
     std::string attributeNamesOfRoot() {
         char out[64] = "";
         int32_t limit = sizeof out;
-        EXPECT_EQ(nodeCall(root, 12, {&limit}, out).code, 0);
+        EXPECT_EQ(nodeCall(root, LUM_NODE_ATTRIBUTE_NAMES, {&limit}, out).code, LUM_OK);
         return out;
     }
 

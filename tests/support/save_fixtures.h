@@ -28,7 +28,7 @@ protected:
     // Loads `xml` into `target` and expects success.
     void load(HostDocument& target, const std::string& xml) {
         LoadAnswer answer = target.loadMemory(xml);
-        ASSERT_EQ(answer.code, 0) << answer.message;
+        ASSERT_EQ(answer.code, LUM_OK) << answer.message;
     }
 
     std::string loadAndSave(const std::string& xml, const char* encoding = nullptr) {
@@ -56,44 +56,45 @@ protected:
 
 
     void* elementNS(const char* uri, const char* qname) {
-        int32_t type = 1;
+        int32_t type = LUM_NODE_ELEMENT;
         void* made = nullptr;
-        Answer answer = docCall(document.cell, 30,
+        Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
                                 {const_cast<char*>(uri), const_cast<char*>(qname), &type}, &made);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
         return made;
     }
     void* attributeNS(const char* uri, const char* qname, const char* value) {
-        int32_t type = 2;
+        int32_t type = LUM_NODE_ATTRIBUTE;
         void* made = nullptr;
-        Answer answer = docCall(document.cell, 30,
+        Answer answer = docCall(document.cell, LUM_DOC_CREATE_NODE_NS,
                                 {const_cast<char*>(uri), const_cast<char*>(qname), &type}, &made);
-        EXPECT_EQ(answer.code, 0) << answer.message;
-        EXPECT_EQ(nodeCall(made, 20, {const_cast<char*>(value)}, nullptr).code, 0);
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
+        EXPECT_EQ(nodeCall(made, LUM_NODE_SET_VALUE, {const_cast<char*>(value)}, nullptr).code,
+                  LUM_OK);
         return made;
     }
     void setAttributeNode(void* element, void* attr) {
-        Answer answer = nodeCall(element, 34, {attr}, nullptr);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        Answer answer = nodeCall(element, LUM_NODE_SET_ATTRIBUTE_NODE, {attr}, nullptr);
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     }
     static std::string attributeNames(void* element) {
         char out[256] = "";
         int32_t limit = sizeof out;
-        EXPECT_EQ(nodeCall(element, 12, {&limit}, out).code, 0);
+        EXPECT_EQ(nodeCall(element, LUM_NODE_ATTRIBUTE_NAMES, {&limit}, out).code, LUM_OK);
         return out;
     }
     // The document cell holds the document's own address: children are
     // added through the document method, which forwards its node interface.
     void appendToDocument(void* child) {
-        Answer answer = docCall(document.cell, 2, {child, nullptr}, nullptr);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        Answer answer = docCall(document.cell, LUM_DOC_INSERT_BEFORE, {child, nullptr}, nullptr);
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
     }
     std::string saved() { return saveToMemory(document.cell); }
     static std::string savedNode(void* node) {
         SaveArgs args;
-        args.target = 6;
+        args.target = LUM_SAVE_NODE_TO_MEMORY;
         SaveAnswer answer = save(node, args);
-        EXPECT_EQ(answer.code, 0) << answer.message;
+        EXPECT_EQ(answer.code, LUM_OK) << answer.message;
         EXPECT_TRUE(answer.handedOver);
         return answer.bytes;
     }

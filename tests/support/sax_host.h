@@ -46,11 +46,11 @@ public:
     void setInputKind(int32_t kind) { writeAt<int32_t>(bytes_, rec::kInputKind, kind); }
     void setFile(const std::string& name) {
         fileName_ = name;
-        setInputKind(0);
+        setInputKind(LUM_SAX_INPUT_FILE);
         writeAt<const char*>(bytes_, rec::kFileName, fileName_.c_str());
     }
     void setNoFile() { writeAt<const char*>(bytes_, rec::kFileName, nullptr); }
-    void setMemory(const std::string& document, int32_t kind = 1) {
+    void setMemory(const std::string& document, int32_t kind = LUM_SAX_INPUT_MEMORY) {
         memory_ = document;
         setInputKind(kind);
         writeAt<const void*>(bytes_, rec::kMemoryBuffer, memory_.data());
@@ -135,25 +135,32 @@ inline std::string describeEvent(const unsigned char* event) {
     const uint32_t argCount = readAt<uint32_t>(event, evt::kArgCount);
     std::string out = eventName(event) + "/" + std::to_string(argCount);
     switch (kind) {
-        case 3: case 9: case 14:
+        case LUM_SAX_EVENT_START_PREFIX_MAPPING:
+        case LUM_SAX_EVENT_PROCESSING_INSTRUCTION:
+        case LUM_SAX_EVENT_RESOLVE_ENTITY:
             out += " " + quoted(eventArg(event, 1)) + " " + quoted(eventArg(event, 2));
             break;
-        case 4: case 15: case 16: case 17:
+        case LUM_SAX_EVENT_END_PREFIX_MAPPING:
+        case LUM_SAX_EVENT_WARNING:
+        case LUM_SAX_EVENT_ERROR:
+        case LUM_SAX_EVENT_FATAL_ERROR:
             out += " " + quoted(eventArg(event, 1));
             break;
-        case 5:
+        case LUM_SAX_EVENT_START_ELEMENT:
             out += " " + quoted(eventArg(event, 1)) + " " + quoted(eventArg(event, 2)) + " " +
                    quoted(eventArg(event, 3)) + " " + describeAttributes(event);
             break;
-        case 6: case 13:
+        case LUM_SAX_EVENT_END_ELEMENT:
+        case LUM_SAX_EVENT_NOTATION_DECL:
             out += " " + quoted(eventArg(event, 1)) + " " + quoted(eventArg(event, 2)) + " " +
                    quoted(eventArg(event, 3));
             break;
-        case 7: case 8:
+        case LUM_SAX_EVENT_CHARACTERS:
+        case LUM_SAX_EVENT_IGNORABLE_WHITESPACE:
             out += " " + quoted(eventArg(event, 1)) + " " +
                    std::to_string(readAt<uint32_t>(event, evt::kArg2));
             break;
-        case 12:
+        case LUM_SAX_EVENT_UNPARSED_ENTITY_DECL:
             out += " " + quoted(eventArg(event, 1)) + " " + quoted(eventArg(event, 2)) + " " +
                    quoted(eventArg(event, 3)) + " " + quoted(eventArg(event, 4));
             break;
@@ -174,9 +181,9 @@ struct DrainOptions {
 };
 
 // The record's flag bits.
-constexpr uint32_t kNoNamespaces = 1;
-constexpr uint32_t kValidate = 2;
-constexpr uint32_t kNoDefaultResolution = 4;
+constexpr uint32_t kNoNamespaces = LUM_SAX_NO_NAMESPACES;
+constexpr uint32_t kValidate = LUM_SAX_VALIDATE;
+constexpr uint32_t kNoDefaultResolution = LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION;
 
 // Events described without their line and column.
 inline DrainOptions noLocation(size_t maxEvents = 1000000) {
@@ -192,7 +199,7 @@ inline DrainOptions noLocation(size_t maxEvents = 1000000) {
 inline std::vector<std::string> collect(HostRecord& record, int32_t result,
                                         DrainOptions options = {}) {
     std::vector<std::string> seen;
-    while (result == 1 && seen.size() < options.maxEvents) {
+    while (result == LUM_SAX_MORE && seen.size() < options.maxEvents) {
         if (record.head() != nullptr) {
             seen.push_back(options.withLocation ? describeWithLocation(record)
                                                 : describeEvent(record.head()));

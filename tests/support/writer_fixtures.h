@@ -20,7 +20,7 @@ protected:
         w.options.fragment = 1;
         w.options.strict = strict ? 1 : 0;
         w.options.formatted = formatted ? 1 : 0;
-        ASSERT_EQ(w.openMemory(), 0);
+        ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     }
     // A host stream keeps what was written even after a failure closed
     // the output and cleared the memory fields.
@@ -28,7 +28,7 @@ protected:
         w.options.fragment = fragment ? 1 : 0;
         w.options.strict = strict ? 1 : 0;
         w.options.formatted = formatted ? 1 : 0;
-        ASSERT_EQ(w.openStream(), 0);
+        ASSERT_EQ(w.openStream(), LUM_WRITER_OK);
     }
     HostWriter w;
 };
@@ -44,7 +44,7 @@ protected:
     void open(bool strict = false, bool formatted = false) {
         w.options.strict = strict ? 1 : 0;
         w.options.formatted = formatted ? 1 : 0;
-        ASSERT_EQ(w.openMemory(), 0);
+        ASSERT_EQ(w.openMemory(), LUM_WRITER_OK);
     }
 };
 

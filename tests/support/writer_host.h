@@ -20,11 +20,11 @@ class HostWriter {
 public:
     HostWriter() {
         WriterArgs args{};
-        lumSAXWriterExecute(nullptr, 1, &options, &args);
+        lumSAXWriterExecute(nullptr, LUM_WRITER_CREATE, &options, &args);
         writer = static_cast<SAXWriter*>(args.arg0);
     }
     ~HostWriter() {
-        if (writer != nullptr) lumSAXWriterExecute(writer, 2, &options, nullptr);
+        if (writer != nullptr) lumSAXWriterExecute(writer, LUM_WRITER_FREE, &options, nullptr);
         freeBlock();
     }
     HostWriter(const HostWriter&) = delete;
@@ -36,23 +36,23 @@ public:
         WriterArgs args{const_cast<void*>(a0), const_cast<void*>(a1), const_cast<void*>(a2),
                         const_cast<void*>(a3)};
         int32_t result = lumSAXWriterExecute(writer, command, &options, &args);
-        if (command == 4) writer = static_cast<SAXWriter*>(args.arg0);
-        if (command == 2) writer = nullptr;
+        if (command == LUM_WRITER_RESET) writer = static_cast<SAXWriter*>(args.arg0);
+        if (command == LUM_WRITER_FREE) writer = nullptr;
         return result;
     }
-    int32_t state() { return run(3); }
+    int32_t state() { return run(LUM_WRITER_GET_STATE); }
 
-    // Opens the output on host memory (kind 5 by default).
-    int32_t openMemory(int32_t kind = 5) {
+    // Opens the output on host memory (without a byte order mark by default).
+    int32_t openMemory(int32_t kind = LUM_WRITER_TO_MEMORY) {
         options.outputKind = kind;
-        return run(21);
+        return run(LUM_WRITER_OPEN);
     }
     // Opens the output on a host stream collecting into stream().
     int32_t openStream() {
-        options.outputKind = 3;
+        options.outputKind = LUM_WRITER_TO_STREAM;
         options.streamHandle = reinterpret_cast<int64_t>(&stream_);
         options.streamWrite = appendToString;
-        return run(21);
+        return run(LUM_WRITER_OPEN);
     }
 
     // The memory block as the host sees it now.

@@ -9,6 +9,7 @@
 #include "frame/dom_errors.h"
 #include "frame/library_state.h"
 #include "start_library.h"
+#include "lumxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -42,7 +43,7 @@ TEST_F(DomErrors, EmptyElementNameIsInvalidCharacter) {
         FAIL() << "no exception";
     } catch (const DOMException& e) {
         EXPECT_EQ(report(e), "An invalid character was specified");
-        EXPECT_EQ(code, 6);
+        EXPECT_EQ(code, LUM_ERR_DOM);
     }
 }
 
@@ -53,7 +54,7 @@ TEST_F(DomErrors, NamespaceErrorReadsAsNotInitialisedWithCode6) {
     } catch (const DOMException& e) {
         EXPECT_EQ(e.code, DOMException::NAMESPACE_ERR);
         EXPECT_EQ(report(e), "XML Parser not initialized");
-        EXPECT_EQ(code, 6);
+        EXPECT_EQ(code, LUM_ERR_DOM);
     }
 }
 
@@ -74,12 +75,12 @@ TEST_F(DomErrors, EveryCodeHasItsFixedText) {
     for (short c = 0; c <= 10; ++c) {
         DOMException e(c, 0, XMLPlatformUtils::fgMemoryManager);
         EXPECT_EQ(report(e), expected[c]) << "code " << c;
-        EXPECT_EQ(code, 6);
+        EXPECT_EQ(code, LUM_ERR_DOM);
     }
     for (short c : {11, 12, 13, 14, 15, 17, -1}) {
         DOMException e(c, 0, XMLPlatformUtils::fgMemoryManager);
         EXPECT_EQ(report(e), "XML Parser not initialized") << "code " << c;
-        EXPECT_EQ(code, 6);
+        EXPECT_EQ(code, LUM_ERR_DOM);
     }
 }
 

@@ -11,6 +11,7 @@
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "start_library.h"
+#include "lumxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace lumxml;
@@ -42,20 +43,20 @@ protected:
 TEST_F(Reporter, StartsWithNothingRecorded) {
     EXPECT_FALSE(reporter.sawErrors());
     EXPECT_STREQ(reporter.message(), "");
-    EXPECT_EQ(reporter.code(), 0);
+    EXPECT_EQ(reporter.code(), LUM_OK);
 }
 
 TEST_F(Reporter, WarningRecordsLocationAndQuotedMessageWithCode8) {
     reporter.warning(problem("something odd"));
     EXPECT_TRUE(reporter.sawErrors());
-    EXPECT_EQ(reporter.code(), 8);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_WARNING);
     EXPECT_STREQ(reporter.message(),
                  "WARNING: file 'doc.xml', line '3', column '7', message 'something odd'");
 }
 
 TEST_F(Reporter, FatalErrorRecordsLocationAndQuotedMessageWithCode10) {
     reporter.fatalError(problem("expected end of tag 'a'", "/tmp/x.xml", 12, 40));
-    EXPECT_EQ(reporter.code(), 10);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_FATAL);
     EXPECT_STREQ(reporter.message(), "FATAL ERROR: file '/tmp/x.xml', line '12', column '40', "
                                      "message 'expected end of tag 'a''");
 }
@@ -64,7 +65,7 @@ TEST_F(Reporter, ErrorRecordsOnlyTheQuotedMessageWithoutErrorPrefix) {
     ::testing::internal::CaptureStdout();
     reporter.error(problem("element 'b' is not allowed"));
     std::string printed = ::testing::internal::GetCapturedStdout();
-    EXPECT_EQ(reporter.code(), 9);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_ERROR);
     EXPECT_STREQ(reporter.message(), "'element 'b' is not allowed'");
     // A fresh reporter's text is empty, and it is the format of the line.
     EXPECT_EQ(printed, "");
@@ -80,14 +81,14 @@ TEST_F(Reporter, ErrorAfterResetPrintsTheHeldTextAsItsFormatAndAppends) {
     EXPECT_EQ(printed, "WARNING: file 'aERROR: file '%s', line '%d', column '%d', message "
                        "b.xml', line '1', column '2', message 'first'");
     EXPECT_EQ(std::string(reporter.message()), held + "'second'");
-    EXPECT_EQ(reporter.code(), 9);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_ERROR);
 }
 
 TEST_F(Reporter, OnlyTheFirstProblemIsKept) {
     reporter.warning(problem("first"));
     reporter.fatalError(problem("second"));
     reporter.error(problem("third"));
-    EXPECT_EQ(reporter.code(), 8);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_WARNING);
     EXPECT_STREQ(reporter.message(),
                  "WARNING: file 'doc.xml', line '3', column '7', message 'first'");
 }
@@ -98,9 +99,9 @@ TEST_F(Reporter, ResetClearsOnlyTheSeenFlag) {
     reporter.resetErrors();
     EXPECT_FALSE(reporter.sawErrors());
     EXPECT_EQ(reporter.message(), held);
-    EXPECT_EQ(reporter.code(), 10);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_FATAL);
     reporter.warning(problem("later"));
-    EXPECT_EQ(reporter.code(), 8);
+    EXPECT_EQ(reporter.code(), LUM_ERR_PARSE_WARNING);
     EXPECT_STREQ(reporter.message(),
                  "WARNING: file 'doc.xml', line '3', column '7', message 'later'");
 }
@@ -163,7 +164,7 @@ TEST_F(Reporter, ReportToCopiesTextAndCode) {
     ErrorReport report(buffer, &code);
     reporter.reportTo(report);
     EXPECT_STREQ(buffer, reporter.message());
-    EXPECT_EQ(code, 10);
+    EXPECT_EQ(code, LUM_ERR_PARSE_FATAL);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "frame/error_report.h"
 #include "frame/safe_format.h"
+#include "lumxml.h"
 
 using namespace lumxml;
 
@@ -103,19 +104,19 @@ TEST(ErrorReport, FixedWritesMessageThenCode) {
     Buffer buffer;
     int32_t code = 0;
     ErrorReport report(buffer.bytes, &code);
-    report.fixed("XML Parser not initialized", 2);
+    report.fixed("XML Parser not initialized", LUM_ERR_NOT_INITIALIZED);
     EXPECT_EQ(buffer.text(), "XML Parser not initialized");
-    EXPECT_EQ(code, 2);
+    EXPECT_EQ(code, LUM_ERR_NOT_INITIALIZED);
 }
 
 TEST(ErrorReport, PrefixedCutsTheTextToTheBudget) {
     Buffer buffer;
     int32_t code = 0;
     ErrorReport report(buffer.bytes, &code);
-    report.prefixed("Error parsing MEMPTR: ", std::string(400, 'e').c_str(), 3);
+    report.prefixed("Error parsing MEMPTR: ", std::string(400, 'e').c_str(), LUM_ERR_PARSE);
     EXPECT_EQ(std::strlen(buffer.bytes), 256u);
     EXPECT_EQ(buffer.text().substr(253), "...");
-    EXPECT_EQ(code, 3);
+    EXPECT_EQ(code, LUM_ERR_PARSE);
 }
 
 }  // namespace

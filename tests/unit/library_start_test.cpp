@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "frame/library_state.h"
+#include "lumxml.h"
 
 using namespace lumxml;
 
@@ -16,13 +17,13 @@ TEST(LibraryStart, HostCodeAlreadySetStartsXercesButMakesNoKey) {
     ASSERT_FALSE(isInitialised());
     char buffer[257] = {0};
     int32_t code = 5;
-    EXPECT_EQ(initParser("UTF-8", buffer, &code), 1);
+    EXPECT_EQ(initParser("UTF-8", buffer, &code), LUM_INIT_CODE_PAGE_FOUND);
     EXPECT_TRUE(isInitialised());
     EXPECT_EQ(userDataKey(), nullptr);
-    EXPECT_EQ(code, 5);
+    EXPECT_EQ(code, LUM_ERR_CHILD_INDEX);
 
     code = 0;
-    EXPECT_EQ(initParser("UTF-8", buffer, &code), 1);
+    EXPECT_EQ(initParser("UTF-8", buffer, &code), LUM_INIT_CODE_PAGE_FOUND);
     ASSERT_NE(userDataKey(), nullptr);
     EXPECT_EQ(std::u16string(userDataKey()), u"udatakey");
 }
@@ -30,8 +31,8 @@ TEST(LibraryStart, HostCodeAlreadySetStartsXercesButMakesNoKey) {
 TEST(LibraryStart, UnknownCodePageStillInitialises) {
     char buffer[257] = {0};
     int32_t code = 0;
-    EXPECT_EQ(initParser("x-unknown-page", buffer, &code), 0);
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(initParser("x-unknown-page", buffer, &code), LUM_INIT_CODE_PAGE_NOT_FOUND);
+    EXPECT_EQ(code, LUM_OK);
     EXPECT_TRUE(isInitialised());
 }
 
@@ -68,7 +69,7 @@ TEST(LibraryStart, AliasComparisonIgnoresCase) {
     char buffer[257] = {0};
     int32_t code = 0;
     EXPECT_EQ(findConverterAlias(catalog, "b2", buffer, &code), AliasSearch::Found);
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(code, LUM_OK);
 }
 
 TEST(LibraryStart, CountAliasesFailureIsReportedWithCode13) {
@@ -78,7 +79,7 @@ TEST(LibraryStart, CountAliasesFailureIsReportedWithCode13) {
     int32_t code = 0;
     EXPECT_EQ(findConverterAlias(catalog, "nothing", buffer, &code), AliasSearch::Failed);
     EXPECT_STREQ(buffer, "ucnv_countAliases(beta) returned error code 4");
-    EXPECT_EQ(code, 13);
+    EXPECT_EQ(code, LUM_ERR_UNEXPECTED);
 }
 
 TEST(LibraryStart, GetAliasFailureIsReportedWithIndex) {
@@ -88,7 +89,7 @@ TEST(LibraryStart, GetAliasFailureIsReportedWithIndex) {
     int32_t code = 0;
     EXPECT_EQ(findConverterAlias(catalog, "nothing", buffer, &code), AliasSearch::Failed);
     EXPECT_STREQ(buffer, "ucnv_getAlias(beta,2) returned error code 8");
-    EXPECT_EQ(code, 13);
+    EXPECT_EQ(code, LUM_ERR_UNEXPECTED);
 }
 
 TEST(LibraryStart, SearchStopsAtTheFirstMatch) {
@@ -97,7 +98,7 @@ TEST(LibraryStart, SearchStopsAtTheFirstMatch) {
     char buffer[257] = {0};
     int32_t code = 0;
     EXPECT_EQ(findConverterAlias(catalog, "B2", buffer, &code), AliasSearch::Found);
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(code, LUM_OK);
 }
 
 TEST(LibraryStart, IcuListsManyConverters) {

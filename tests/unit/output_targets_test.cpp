@@ -331,7 +331,7 @@ TEST_F(MemoryOutput, Writing16383BytesIntoAFreshBlockGrowsItTo32768) {
     ASSERT_EQ(HostMemory::calls().size(), 2u);
     EXPECT_EQ(HostMemory::calls()[1].kind, MemoryCall::Realloc);
     EXPECT_EQ(HostMemory::calls()[1].size, 32768u);
-    EXPECT_EQ(HostMemory::calls()[1].line, 175);
+    EXPECT_EQ(HostMemory::calls()[1].line, LUM_MEMIO_LINE_GROW);
 }
 
 TEST_F(MemoryOutput, Writing16382BytesDoesNotGrow) {
@@ -357,13 +357,13 @@ TEST_F(MemoryOutput, HostFunctionsSeeSizeSourceFileAndLine) {
     ASSERT_EQ(calls.size(), 3u);
     EXPECT_EQ(calls[0].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[0].size, 16384u);
-    EXPECT_EQ(calls[0].line, 84);
+    EXPECT_EQ(calls[0].line, LUM_MEMIO_LINE_NEW_BLOCK);
     EXPECT_EQ(calls[1].kind, MemoryCall::Realloc);
     EXPECT_EQ(calls[1].size, 32768u);
-    EXPECT_EQ(calls[1].line, 175);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_GROW);
     EXPECT_EQ(calls[2].kind, MemoryCall::Realloc);
     EXPECT_EQ(calls[2].size, 20001u);
-    EXPECT_EQ(calls[2].line, 231);
+    EXPECT_EQ(calls[2].line, LUM_MEMIO_LINE_TRIM);
     for (const MemoryCall& call : calls) EXPECT_EQ(call.sourceFile, memioSourceFile());
     EXPECT_EQ(length, 20000u);
     EXPECT_EQ(std::string(static_cast<char*>(block), length), std::string(20000, 'a'));
@@ -417,7 +417,7 @@ TEST_F(MemoryOutput, EightMebibyteBlockGrowsByFourMebibytes) {
     EXPECT_EQ(out.capacity(), 0xC00000u);
     ASSERT_EQ(HostMemory::calls().size(), 1u);
     EXPECT_EQ(HostMemory::calls()[0].size, 0xC00000u);
-    EXPECT_EQ(HostMemory::calls()[0].line, 175);
+    EXPECT_EQ(HostMemory::calls()[0].line, LUM_MEMIO_LINE_GROW);
 }
 
 TEST_F(MemoryOutput, WithoutHostFunctionsTheRuntimeAllocatorIsUsed) {
@@ -471,10 +471,10 @@ TEST_F(MemoryOutput, FailedGrowthInstallsAFreshBlockAndThrows80) {
     const auto& calls = HostMemory::calls();
     ASSERT_EQ(calls.size(), 3u);
     EXPECT_EQ(calls[1].kind, MemoryCall::Realloc);
-    EXPECT_EQ(calls[1].line, 175);
+    EXPECT_EQ(calls[1].line, LUM_MEMIO_LINE_GROW);
     EXPECT_EQ(calls[2].kind, MemoryCall::Alloc);
     EXPECT_EQ(calls[2].size, 16384u);
-    EXPECT_EQ(calls[2].line, 202);
+    EXPECT_EQ(calls[2].line, LUM_MEMIO_LINE_REPLACEMENT);
     // The fresh block takes later writes.
     writeBytes(out, "again");
     EXPECT_EQ(contentOf(out), "again");
@@ -491,7 +491,7 @@ TEST_F(MemoryOutput, ReleaseTrimsToLengthPlusOneAndWritesNoTerminator) {
     HostBlock owner{block};
     EXPECT_EQ(length, 3u);
     EXPECT_EQ(HostMemory::calls().back().size, 4u);
-    EXPECT_EQ(HostMemory::calls().back().line, 231);
+    EXPECT_EQ(HostMemory::calls().back().line, LUM_MEMIO_LINE_TRIM);
     EXPECT_EQ(std::string(static_cast<char*>(block), 4), "abcZ");
 }
 

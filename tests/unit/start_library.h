@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "frame/library_state.h"
+#include "lumxml.h"
 
 namespace lumtest {
 
@@ -14,7 +15,7 @@ inline void startInternals(const char* codePage = "UTF-8") {
     char buffer[257] = {0};
     int32_t code = 0;
     lumxml::initParser(codePage, buffer, &code);
-    EXPECT_EQ(code, 0) << buffer;
+    EXPECT_EQ(code, LUM_OK) << buffer;
 }
 
 }  // namespace lumtest

@@ -16,6 +16,7 @@
 #include "out/memio.h"
 #include "writer/writer.h"
 #include "start_library.h"
+#include "lumxml.h"
 
 using namespace lumxml;
 
@@ -45,7 +46,7 @@ struct Mode {
     bool strict;
     bool formatted;
     bool fragment;
-    int32_t kind;  // 2, 3 or 5
+    int32_t kind;  // LUM_WRITER_TO_MEMORY_WITH_BOM, _TO_STREAM or _TO_MEMORY
     const char* encoding;
 };
 
@@ -69,7 +70,7 @@ public:
         gCalls.clear();
         gStreamed.clear();
         WriterArgs created{};
-        executeWriterCommand(nullptr, 1, nullptr, &created);
+        executeWriterCommand(nullptr, LUM_WRITER_CREATE, nullptr, &created);
         writer_ = static_cast<SAXWriter*>(created.arg0);
         options_ = WriterOptions{};
         options_.version = const_cast<char*>("1.0");
@@ -79,43 +80,46 @@ public:
         options_.fragment = mode_.fragment;
         options_.outputKind = mode_.kind;
         options_.streamWrite = streamWrite;
-        command(21);
+        command(LUM_WRITER_OPEN);
         if (!shortcuts_) {
             writer_->hostBytesDirect = false;
             writer_->memoryDirect = false;
         }
-        command(23, "root");
+        command(LUM_WRITER_START_ELEMENT, "root");
         for (size_t i = 0; i < texts.size(); ++i) {
             const char* text = texts[i].c_str();
             const char* name = (i % 3 == 0) ? "p:item" : "item";
-            command(23, name, i % 3 == 0 ? "urn:p" : nullptr);
-            command(10, "a", text);
-            command(11, "urn:q", "q");
-            command(10, "q:b", text, "urn:q");
-            command(11, "urn:x&y<\"z\xC3\xA9", "x");
-            command(25, text);
+            command(LUM_WRITER_START_ELEMENT, name, i % 3 == 0 ? "urn:p" : nullptr);
+            command(LUM_WRITER_ADD_ATTRIBUTE, "a", text);
+            command(LUM_WRITER_DECLARE_NAMESPACE, "urn:q", "q");
+            command(LUM_WRITER_ADD_ATTRIBUTE, "q:b", text, "urn:q");
+            command(LUM_WRITER_DECLARE_NAMESPACE, "urn:x&y<\"z\xC3\xA9", "x");
+            command(LUM_WRITER_CHARACTERS, text);
             switch (i % 7) {
-                case 0: command(28, text); break;
-                case 1: command(29, "target", text); break;
-                case 2: command(30, text); break;
-                case 3: command(27, "data", text); break;
-                case 4: command(26, "empty", nullptr); command(10, "c", text); break;
-                case 5: command(32, "amp"); break;
-                default: command(33, std::strstr(text, "]]>") ? "plain" : text); break;
+                case 0: command(LUM_WRITER_COMMENT, text); break;
+                case 1: command(LUM_WRITER_PROCESSING_INSTRUCTION, "target", text); break;
+                case 2: command(LUM_WRITER_RAW_TEXT, text); break;
+                case 3: command(LUM_WRITER_DATA_ELEMENT, "data", text); break;
+                case 4: command(LUM_WRITER_EMPTY_ELEMENT, "empty",
+                                nullptr); command(LUM_WRITER_ADD_ATTRIBUTE, "c", text); break;
+                case 5: command(LUM_WRITER_ENTITY_REFERENCE, "amp"); break;
+                default:
+                    command(LUM_WRITER_CDATA, std::strstr(text, "]]>") ? "plain" : text);
+                    break;
             }
-            command(24, name, i % 3 == 0 ? "urn:p" : nullptr);
+            command(LUM_WRITER_END_ELEMENT, name, i % 3 == 0 ? "urn:p" : nullptr);
         }
-        command(24, "root");
-        command(22);
+        command(LUM_WRITER_END_ELEMENT, "root");
+        command(LUM_WRITER_END_DOCUMENT);
         Written written;
         written.results = results_;
-        if (mode_.kind == 3) {
+        if (mode_.kind == LUM_WRITER_TO_STREAM) {
             written.bytes = gStreamed;
         } else if (options_.memoryBuffer != nullptr && options_.memoryLength != nullptr) {
             written.bytes.assign(static_cast<const char*>(options_.memoryBuffer), *options_.memoryLength);
         }
         std::free(options_.memoryBuffer);
-        executeWriterCommand(writer_, 2, &options_, nullptr);
+        executeWriterCommand(writer_, LUM_WRITER_FREE, &options_, nullptr);
         written.calls = gCalls;
         return written;
     }
@@ -178,18 +182,18 @@ TEST_F(WriterFastPaths, Utf8MemoryOutputIsTheSameInEveryMode) {
             for (bool fragment : {false, true}) {
                 SCOPED_TRACE(testing::Message() << "strict " << strict << " formatted " << formatted
                                                 << " fragment " << fragment);
-                expectSame({strict, formatted, fragment, 5, "UTF-8"}, kTricky);
+                expectSame({strict, formatted, fragment, LUM_WRITER_TO_MEMORY, "UTF-8"}, kTricky);
             }
 }
 
 TEST_F(WriterFastPaths, MemoryOutputWithAMarkAndStreamOutputAreTheSame) {
-    expectSame({false, true, false, 2, "utf-8"}, kTricky);
-    expectSame({true, false, false, 3, "UTF8"}, kTricky);
+    expectSame({false, true, false, LUM_WRITER_TO_MEMORY_WITH_BOM, "utf-8"}, kTricky);
+    expectSame({true, false, false, LUM_WRITER_TO_STREAM, "UTF8"}, kTricky);
 }
 
 TEST_F(WriterFastPaths, OtherEncodingsTakeNoShortcutAndStayTheSame) {
-    expectSame({false, false, false, 5, "ISO-8859-1"}, kTricky);
-    expectSame({true, true, false, 2, "UTF-16"}, kTricky);
+    expectSame({false, false, false, LUM_WRITER_TO_MEMORY, "ISO-8859-1"}, kTricky);
+    expectSame({true, true, false, LUM_WRITER_TO_MEMORY_WITH_BOM, "UTF-16"}, kTricky);
 }
 
 TEST_F(WriterFastPaths, GrowingBlockSeesTheSameGrowthAndBytes) {
@@ -205,54 +209,57 @@ TEST_F(WriterFastPaths, GrowingBlockSeesTheSameGrowthAndBytes) {
         while (text.size() < length) text += pieces[random() % pieces.size()];
         texts.push_back(text);
     }
-    expectSame({false, false, false, 5, "UTF-8"}, texts);
-    expectSame({true, true, false, 5, "UTF-8"}, texts);
+    expectSame({false, false, false, LUM_WRITER_TO_MEMORY, "UTF-8"}, texts);
+    expectSame({true, true, false, LUM_WRITER_TO_MEMORY, "UTF-8"}, texts);
 }
 
 TEST_F(WriterFastPaths, ShortcutsAreChosenOnlyForUtf8) {
     WriterArgs created{};
-    executeWriterCommand(nullptr, 1, nullptr, &created);
+    executeWriterCommand(nullptr, LUM_WRITER_CREATE, nullptr, &created);
     SAXWriter* writer = static_cast<SAXWriter*>(created.arg0);
     WriterOptions options{};
-    options.outputKind = 5;
+    options.outputKind = LUM_WRITER_TO_MEMORY;
     options.encoding = const_cast<char*>("UTF-8");
-    ASSERT_EQ(executeWriterCommand(writer, 21, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_OPEN, &options, nullptr), LUM_WRITER_OK);
     EXPECT_TRUE(writer->hostBytesDirect);
     EXPECT_TRUE(writer->memoryDirect);
-    ASSERT_EQ(executeWriterCommand(writer, 22, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     std::free(options.memoryBuffer);
     options = WriterOptions{};
-    options.outputKind = 5;
+    options.outputKind = LUM_WRITER_TO_MEMORY;
     options.encoding = const_cast<char*>("ISO-8859-1");
-    ASSERT_EQ(executeWriterCommand(writer, 21, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_OPEN, &options, nullptr), LUM_WRITER_OK);
     EXPECT_FALSE(writer->hostBytesDirect);
     EXPECT_FALSE(writer->memoryDirect);
-    ASSERT_EQ(executeWriterCommand(writer, 22, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     std::free(options.memoryBuffer);
-    executeWriterCommand(writer, 2, &options, nullptr);
+    executeWriterCommand(writer, LUM_WRITER_FREE, &options, nullptr);
 }
 
 // Runs last: it changes the host code page of the process.
 TEST_F(WriterFastPaths, ZzOtherHostCodePageWritesItsOwnCharacters) {
     lumtest::startInternals("ISO-8859-1");
     WriterArgs created{};
-    executeWriterCommand(nullptr, 1, nullptr, &created);
+    executeWriterCommand(nullptr, LUM_WRITER_CREATE, nullptr, &created);
     SAXWriter* writer = static_cast<SAXWriter*>(created.arg0);
     WriterOptions options{};
-    options.outputKind = 5;
+    options.outputKind = LUM_WRITER_TO_MEMORY;
     options.fragment = 1;
     options.encoding = const_cast<char*>("UTF-8");
-    ASSERT_EQ(executeWriterCommand(writer, 21, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_OPEN, &options, nullptr), LUM_WRITER_OK);
     // Latin-1 bytes are not UTF-8: no host shortcut.
     EXPECT_FALSE(writer->hostBytesDirect);
     EXPECT_TRUE(writer->memoryDirect);
     WriterArgs args{const_cast<char*>("caf\xE9 &"), nullptr, nullptr, nullptr};
-    ASSERT_EQ(executeWriterCommand(writer, 25, &options, &args), 0);
-    ASSERT_EQ(executeWriterCommand(writer, 22, &options, nullptr), 0);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_CHARACTERS, &options, &args), LUM_WRITER_OK);
+    ASSERT_EQ(executeWriterCommand(writer, LUM_WRITER_END_DOCUMENT, &options, nullptr),
+              LUM_WRITER_OK);
     EXPECT_EQ(std::string(static_cast<const char*>(options.memoryBuffer), *options.memoryLength),
               "caf\xC3\xA9 &amp;");
     std::free(options.memoryBuffer);
-    executeWriterCommand(writer, 2, &options, nullptr);
+    executeWriterCommand(writer, LUM_WRITER_FREE, &options, nullptr);
     lumtest::startInternals("UTF-8");
 }
 

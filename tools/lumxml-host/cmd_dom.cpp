@@ -61,7 +61,7 @@ private:
         char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
         int32_t errorCode = 0;
         execute(target, method, args.data(), result, errorBuffer, &errorCode);
-        if (errorCode != 0) {
+        if (errorCode != LUM_OK) {
             ++failures_;
             std::fprintf(stderr, "method %d: code %d, message: %s\n", method, errorCode,
                          errorBuffer);
@@ -174,7 +174,8 @@ int runDom(HostLibrary& library, const Arguments& arguments) {
     const Exports& x = library.exports();
     LoadedDocument loaded;
     loadLikeAHost(x, options, loaded);
-    if (loaded.code != 0) std::printf("load: code %d, message: %s\n", loaded.code, loaded.message.c_str());
+    if (loaded.code != LUM_OK)
+        std::printf("load: code %d, message: %s\n", loaded.code, loaded.message.c_str());
     if (isFailingLoadCode(loaded.code) && loaded.cell == nullptr) return kExitFailure;
     Walker walker(x, loaded.cell);
     auto started = std::chrono::steady_clock::now();

@@ -17,7 +17,7 @@ int runLoad(HostLibrary& library, const Arguments& arguments) {
     bool made = loadLikeAHost(x, options, loaded);
     if (made) std::printf("encoding: %s\n", loaded.encoding.c_str());
     std::printf("code: %d\n", loaded.code);
-    if (loaded.code != 0) std::printf("message: %s\n", loaded.message.c_str());
+    if (loaded.code != LUM_OK) std::printf("message: %s\n", loaded.message.c_str());
     deleteLikeAHost(x, loaded);
     return isFailingLoadCode(loaded.code) ? kExitFailure : kExitOk;
 }

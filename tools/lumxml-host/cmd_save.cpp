@@ -72,8 +72,8 @@ bool initialiseQuietly(const Exports& x, const std::string& codePage) {
     int32_t found = x.lumInitParser(codePage.c_str(), errorBuffer, &errorCode);
     std::fprintf(stderr, "init: code page %s %s, error code %d\n", codePage.c_str(),
                  found ? "found" : "not found (UTF-8 used)", errorCode);
-    if (errorCode != 0) std::fprintf(stderr, "init message: %s\n", errorBuffer);
-    return errorCode == 0;
+    if (errorCode != LUM_OK) std::fprintf(stderr, "init message: %s\n", errorBuffer);
+    return errorCode == LUM_OK;
 }
 
 bool readFlag(const std::string& argument, const char* name, bool& flag) {
@@ -130,7 +130,7 @@ int runSave(HostLibrary& library, const Arguments& arguments) {
     }
     std::fflush(stdout);
     deleteLikeAHost(x, loaded);
-    if (errorCode != 0) {
+    if (errorCode != LUM_OK) {
         std::fprintf(stderr, "code: %d\nmessage: %s\n", errorCode, errorBuffer);
         return kExitFailure;
     }

@@ -186,12 +186,12 @@ int runSax(HostLibrary& library, const Arguments& arguments) {
         std::printf("events: %ld in %.3f s\n", events, seconds);
     }
     const int32_t code = record->errorCode;
-    std::printf("end: result %d, code %d%s%s\n", result, code, code != 0 ? ", message " : "",
-                code != 0 ? record->errorText : "");
+    std::printf("end: result %d, code %d%s%s\n", result, code, code != LUM_OK ? ", message " : "",
+                code != LUM_OK ? record->errorText : "");
     x.lumSAXDeleteParserInstance(record);
     driving = nullptr;
     std::free(record);
-    return code == 0 ? kExitOk : kExitFailure;
+    return code == LUM_OK ? kExitOk : kExitFailure;
 }
 
 }  // namespace host

@@ -93,7 +93,7 @@ int runWrite(HostLibrary& library, const Arguments& arguments) {
     char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     x.lumInitParser("UTF-8", errorBuffer, &errorCode);
-    if (errorCode != 0) {
+    if (errorCode != LUM_OK) {
         std::fprintf(stderr, "lumxml-host write: init failed (%d): %s\n", errorCode, errorBuffer);
         return kExitFailure;
     }

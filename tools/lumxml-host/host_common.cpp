@@ -27,8 +27,8 @@ bool initialise(HostLibrary& library, const std::string& codePage) {
     int32_t found = x.lumInitParser(codePage.c_str(), errorBuffer, &errorCode);
     std::printf("init: code page %s %s, error code %d%s%s\n", codePage.c_str(),
                 found ? "found" : "not found (UTF-8 used)", errorCode,
-                errorCode != 0 ? ", message: " : "", errorCode != 0 ? errorBuffer : "");
-    return errorCode == 0;
+                errorCode != LUM_OK ? ", message: " : "", errorCode != LUM_OK ? errorBuffer : "");
+    return errorCode == LUM_OK;
 }
 
 }  // namespace host

@@ -48,7 +48,7 @@ bool loadLikeAHost(const Exports& x, const LoadOptions& options, LoadedDocument&
     char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     x.lumInitDocument(&loaded.cell, 1, errorBuffer, &errorCode);
-    if (errorCode != 0) {
+    if (errorCode != LUM_OK) {
         loaded.code = errorCode;
         loaded.message = errorBuffer;
         return false;
@@ -73,7 +73,7 @@ void deleteLikeAHost(const Exports& x, LoadedDocument& loaded) {
     char errorBuffer[LUM_ERROR_BUFFER_SIZE] = {0};
     int32_t errorCode = 0;
     x.lumDocDelete(loaded.cell, errorBuffer, &errorCode);
-    if (errorCode != 0) std::printf("delete: code %d, message: %s\n", errorCode, errorBuffer);
+    if (errorCode != LUM_OK) std::printf("delete: code %d, message: %s\n", errorCode, errorBuffer);
     loaded.cell = nullptr;
 }
 
