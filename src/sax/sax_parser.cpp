@@ -15,8 +15,8 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "dom/back_slash_path.h"
-#include "dom/dom_tree_error_reporter.h"
+#include "dom/load/back_slash_path.h"
+#include "dom/load/dom_tree_error_reporter.h"
 #include "frame/error_report.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
