@@ -6,12 +6,12 @@
 
 #include <optional>
 
-#include "dom/document_methods.h"
-#include "dom/document_save.h"
-#include "dom/documents.h"
-#include "dom/input_source.h"
-#include "dom/node_methods.h"
-#include "dom/node_types.h"
+#include "dom/methods/document_methods.h"
+#include "dom/save/document_save.h"
+#include "dom/load/documents.h"
+#include "dom/load/input_source.h"
+#include "dom/methods/node_methods.h"
+#include "dom/methods/node_types.h"
 #include "frame/boundary.h"
 #include "frame/library_state.h"
 #include "out/file_out.h"

@@ -20,7 +20,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "documents.h"
-#include "dom/text_gathering_parser.h"
+#include "dom/load/text_gathering_parser.h"
 
 XERCES_CPP_NAMESPACE_USE
 

@@ -11,7 +11,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLURL.hpp>
 
-#include "dom/directory_confinement.h"
+#include "dom/load/directory_confinement.h"
 #include "frame/host_codec.h"
 #include "sax/sax_events.h"
 #include "sax/sax_handlers.h"

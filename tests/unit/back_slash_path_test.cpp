@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dom/back_slash_path.h"
+#include "dom/load/back_slash_path.h"
 
 using namespace lumxml;
 

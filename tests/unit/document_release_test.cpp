@@ -10,8 +10,8 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "dom/doc_user_data.h"
-#include "dom/document_release.h"
+#include "dom/methods/doc_user_data.h"
+#include "dom/methods/document_release.h"
 #include "frame/library_state.h"
 #include "start_library.h"
 

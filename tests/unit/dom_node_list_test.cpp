@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <xercesc/dom/DOM.hpp>
 
-#include "dom/dom_node_list.h"
+#include "dom/save/dom_node_list.h"
 #include "frame/library_state.h"
 #include "start_library.h"
 

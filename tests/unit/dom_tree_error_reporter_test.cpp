@@ -7,7 +7,7 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "dom/dom_tree_error_reporter.h"
+#include "dom/load/dom_tree_error_reporter.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "start_library.h"

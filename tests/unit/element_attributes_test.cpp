@@ -14,7 +14,7 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/HandlerBase.hpp>
 
-#include "dom/text_gathering_parser.h"
+#include "dom/load/text_gathering_parser.h"
 #include "start_library.h"
 
 XERCES_CPP_NAMESPACE_USE

@@ -12,7 +12,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "dom/input_source.h"
+#include "dom/load/input_source.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "host_test.h"

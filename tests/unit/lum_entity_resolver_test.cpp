@@ -10,7 +10,7 @@
 #include <xercesc/framework/URLInputSource.hpp>
 #include <xercesc/util/BinInputStream.hpp>
 
-#include "dom/lum_entity_resolver.h"
+#include "dom/load/lum_entity_resolver.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "host_test.h"

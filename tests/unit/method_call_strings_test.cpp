@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dom/method_call.h"
+#include "dom/methods/method_call.h"
 #include "frame/host_codec.h"
 #include "start_library.h"
 

@@ -11,8 +11,8 @@
 #include <xercesc/framework/XMLFormatter.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
-#include "dom/dom_node_list.h"
-#include "dom/node_writer.h"
+#include "dom/save/dom_node_list.h"
+#include "dom/save/node_writer.h"
 #include "frame/library_state.h"
 #include "start_library.h"
 

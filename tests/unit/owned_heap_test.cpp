@@ -9,7 +9,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "dom/document_release.h"
+#include "dom/methods/document_release.h"
 #include "frame/owned_heap.h"
 #include "start_library.h"
 

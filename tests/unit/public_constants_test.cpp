@@ -3,12 +3,12 @@
 // public constant at compile time, and the test below only reports it.
 #include <gtest/gtest.h>
 
-#include "dom/document_methods.h"
-#include "dom/document_save.h"
-#include "dom/documents.h"
-#include "dom/dom_tree_error_reporter.h"
-#include "dom/method_call.h"
-#include "dom/node_methods.h"
+#include "dom/methods/document_methods.h"
+#include "dom/save/document_save.h"
+#include "dom/load/documents.h"
+#include "dom/load/dom_tree_error_reporter.h"
+#include "dom/methods/method_call.h"
+#include "dom/methods/node_methods.h"
 #include "lumxml.h"
 #include "out/memio.h"
 #include "sax/sax_events.h"

@@ -12,8 +12,8 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/XMLFormatter.hpp>
 
-#include "dom/dom_node_list.h"
-#include "dom/node_writer.h"
+#include "dom/save/dom_node_list.h"
+#include "dom/save/node_writer.h"
 #include "format_capture.h"
 #include "frame/deep_stack.h"
 #include "start_library.h"

@@ -18,9 +18,9 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/XMLFormatter.hpp>
 
-#include "dom/dom_node_list.h"
-#include "dom/formatter_text.h"
-#include "dom/node_writer.h"
+#include "dom/save/dom_node_list.h"
+#include "dom/save/formatter_text.h"
+#include "dom/save/node_writer.h"
 #include "format_capture.h"
 #include "out/utf8_escaper.h"
 #include "start_library.h"

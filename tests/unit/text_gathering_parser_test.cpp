@@ -16,7 +16,7 @@
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 
-#include "dom/text_gathering_parser.h"
+#include "dom/load/text_gathering_parser.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "host_test.h"

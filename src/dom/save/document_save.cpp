@@ -1,4 +1,4 @@
-#include "dom/document_save.h"
+#include "dom/save/document_save.h"
 #include "lumxml.h"
 
 #include <memory>
@@ -9,8 +9,8 @@
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "dom/dom_node_list.h"
-#include "dom/node_writer.h"
+#include "dom/save/dom_node_list.h"
+#include "dom/save/node_writer.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "frame/owned_heap.h"

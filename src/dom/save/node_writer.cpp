@@ -1,4 +1,4 @@
-#include "dom/node_writer.h"
+#include "dom/save/node_writer.h"
 
 #include <xercesc/dom/DOMCharacterData.hpp>
 #include <xercesc/dom/DOMDocumentType.hpp>
@@ -9,8 +9,8 @@
 
 #include <xercesc/util/XMLString.hpp>
 
-#include "dom/formatter_text.h"
-#include "dom/namespace_fixup.h"
+#include "dom/save/formatter_text.h"
+#include "dom/save/namespace_fixup.h"
 
 XERCES_CPP_NAMESPACE_USE
 

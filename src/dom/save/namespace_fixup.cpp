@@ -1,4 +1,4 @@
-#include "dom/namespace_fixup.h"
+#include "dom/save/namespace_fixup.h"
 
 #include <memory>
 

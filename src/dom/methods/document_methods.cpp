@@ -1,4 +1,4 @@
-#include "dom/document_methods.h"
+#include "dom/methods/document_methods.h"
 #include "lumxml.h"
 #include "frame/deep_stack.h"
 
@@ -12,11 +12,11 @@
 #include <xercesc/util/XMLUniDefs.hpp>
 
 
-#include "dom/child_cursor.h"
-#include "dom/doc_user_data.h"
-#include "dom/document_release.h"
-#include "dom/method_call.h"
-#include "dom/node_methods.h"
+#include "dom/methods/child_cursor.h"
+#include "dom/methods/doc_user_data.h"
+#include "dom/methods/document_release.h"
+#include "dom/methods/method_call.h"
+#include "dom/methods/node_methods.h"
 #include "frame/dom_errors.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"

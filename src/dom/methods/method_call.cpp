@@ -1,4 +1,4 @@
-#include "dom/method_call.h"
+#include "dom/methods/method_call.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "dom/dom_tree_error_reporter.h"
+#include "dom/load/dom_tree_error_reporter.h"
 
 #include <cstring>
 #include <string>

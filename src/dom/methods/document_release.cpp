@@ -1,8 +1,8 @@
-#include "dom/document_release.h"
+#include "dom/methods/document_release.h"
 
 #include <xercesc/dom/DOMDocumentType.hpp>
 
-#include "dom/doc_user_data.h"
+#include "dom/methods/doc_user_data.h"
 #include "frame/deep_stack.h"
 #include "frame/owned_heap.h"
 

@@ -1,4 +1,4 @@
-#include "dom/back_slash_path.h"
+#include "dom/load/back_slash_path.h"
 
 #include <cstring>
 

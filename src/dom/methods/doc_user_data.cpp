@@ -1,7 +1,7 @@
-#include "dom/doc_user_data.h"
+#include "dom/methods/doc_user_data.h"
 
-#include "dom/child_cursor.h"
-#include "dom/document_release.h"
+#include "dom/methods/child_cursor.h"
+#include "dom/methods/document_release.h"
 
 #include "frame/library_state.h"
 

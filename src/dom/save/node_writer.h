@@ -19,8 +19,8 @@
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/framework/XMLFormatter.hpp>
 
-#include "dom/dom_node_list.h"
-#include "dom/namespace_fixup.h"
+#include "dom/save/dom_node_list.h"
+#include "dom/save/namespace_fixup.h"
 #include "out/byte_buffer.h"
 #include "out/utf8_escaper.h"
 

@@ -1,6 +1,6 @@
-#include "dom/documents.h"
+#include "dom/load/documents.h"
 #include "lumxml.h"
-#include "dom/document_release.h"
+#include "dom/methods/document_release.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,13 +17,13 @@
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLException.hpp>
 
-#include "dom/back_slash_path.h"
-#include "dom/child_cursor.h"
-#include "dom/doc_user_data.h"
-#include "dom/dom_tree_error_reporter.h"
-#include "dom/input_source.h"
-#include "dom/lum_entity_resolver.h"
-#include "dom/text_gathering_parser.h"
+#include "dom/load/back_slash_path.h"
+#include "dom/methods/child_cursor.h"
+#include "dom/methods/doc_user_data.h"
+#include "dom/load/dom_tree_error_reporter.h"
+#include "dom/load/input_source.h"
+#include "dom/load/lum_entity_resolver.h"
+#include "dom/load/text_gathering_parser.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"
 #include "frame/owned_heap.h"

@@ -1,4 +1,4 @@
-#include "dom/input_source.h"
+#include "dom/load/input_source.h"
 
 #include <xercesc/framework/LocalFileInputSource.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>

@@ -26,7 +26,7 @@ public:
                                                      const XMLCh* const systemId) override;
 
     // From now on an id found through a directory must stay inside it
-    // (dom/directory_confinement.h); one that leaves it is not found there.
+    // (dom/load/directory_confinement.h); one that leaves it is not found there.
     void confineToDirectories() { confined_ = true; }
 
     // The stored directories (each ending in a separator), in list order.

@@ -1,4 +1,4 @@
-#include "dom/dom_node_list.h"
+#include "dom/save/dom_node_list.h"
 
 #include <xercesc/dom/DOMElement.hpp>
 

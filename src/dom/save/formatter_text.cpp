@@ -1,4 +1,4 @@
-#include "dom/formatter_text.h"
+#include "dom/save/formatter_text.h"
 
 #include <xercesc/util/XMLString.hpp>
 

@@ -1,4 +1,4 @@
-#include "dom/text_gathering_parser.h"
+#include "dom/load/text_gathering_parser.h"
 
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>

@@ -1,4 +1,4 @@
-#include "dom/child_cursor.h"
+#include "dom/methods/child_cursor.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "dom/node_methods.h"
+#include "dom/methods/node_methods.h"
 #include "lumxml.h"
 #include "frame/deep_stack.h"
 
@@ -12,9 +12,9 @@
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "dom/child_cursor.h"
-#include "dom/doc_user_data.h"
-#include "dom/method_call.h"
+#include "dom/methods/child_cursor.h"
+#include "dom/methods/doc_user_data.h"
+#include "dom/methods/method_call.h"
 #include "frame/dom_errors.h"
 #include "frame/host_codec.h"
 #include "frame/library_state.h"

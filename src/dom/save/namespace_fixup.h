@@ -10,7 +10,7 @@
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/dom/DOMNode.hpp>
 
-#include "dom/dom_node_list.h"
+#include "dom/save/dom_node_list.h"
 
 namespace lumxml {
 

@@ -32,7 +32,7 @@
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "dom/text_gathering_parser.h"
+#include "dom/load/text_gathering_parser.h"
 
 XERCES_CPP_NAMESPACE_USE
 

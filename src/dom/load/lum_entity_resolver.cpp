@@ -1,4 +1,4 @@
-#include "dom/lum_entity_resolver.h"
+#include "dom/load/lum_entity_resolver.h"
 
 #include <cstring>
 #include <memory>
@@ -12,7 +12,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLURL.hpp>
 
-#include "dom/directory_confinement.h"
+#include "dom/load/directory_confinement.h"
 #include "frame/host_codec.h"
 
 XERCES_CPP_NAMESPACE_USE

@@ -1,4 +1,4 @@
-#include "dom/directory_confinement.h"
+#include "dom/load/directory_confinement.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "dom/node_types.h"
+#include "dom/methods/node_types.h"
 
 #include <cstring>
 
