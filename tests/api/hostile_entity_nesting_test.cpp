@@ -68,7 +68,7 @@ std::vector<std::string> pullFatalErrors(const std::string& text, int32_t limit)
             fatalErrors.push_back(static_cast<const char*>(event.arg1));
         return true;
     });
-    EXPECT_EQ(last, 0);
+    EXPECT_EQ(last, LUM_SAX_DONE);
     lumSAXDeleteParserInstance(&instance);
     return fatalErrors;
 }

@@ -112,7 +112,7 @@ TEST_P(HostileItemSize, ItemPastTheSizeLimitEndsPullWithAFatalErrorEvent) {
     Pulled pulled = pullText(GetParam().make(kAlwaysRefused), limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_EQ(pulled.fatalErrors[0], kSizeMessage);
-    EXPECT_EQ(pulled.lastResult, 0);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
     EXPECT_TRUE(pullText(GetParam().make(10), limit).fatalErrors.empty());
 }
 

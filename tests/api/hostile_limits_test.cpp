@@ -113,7 +113,7 @@ TEST_F(HostileLimits, ParameterEntityBombEndsPullWithAFatalErrorEvent) {
     Pulled pulled = pullText(lumtest::parameterEntityBomb(9, "<!--l-->"), limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_TRUE(mentions(pulled.fatalErrors[0], kParameterLimit)) << pulled.fatalErrors[0];
-    EXPECT_EQ(pulled.lastResult, 0);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
     EXPECT_EQ(pulled.errorCode, LUM_OK);
 }
 
@@ -142,7 +142,7 @@ TEST_F(HostileLimits, QuadraticBlowupEndsAtTheAmplificationLimit) {
     Pulled pulled = pullText(text, limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_TRUE(mentions(pulled.fatalErrors[0], kAmplificationLimit));
-    EXPECT_EQ(pulled.lastResult, 0);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
 }
 
 TEST_F(HostileLimits, AttributeBlowupEndsAtTheAmplificationLimit) {
@@ -161,7 +161,7 @@ TEST_F(HostileLimits, ExpansionsBelowTheThresholdLoad) {
     EXPECT_EQ(loadText(text, &limit).code, LUM_OK);
     Pulled pulled = pullText(text, limit);
     EXPECT_TRUE(pulled.fatalErrors.empty());
-    EXPECT_EQ(pulled.lastResult, 0);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
 }
 
 TEST_F(HostileLimits, AmplificationIsNotLimitedWithoutALimit) {
@@ -181,7 +181,7 @@ TEST_F(HostileLimits, NamespacedNestingIsLimitedToTenThousandLevels) {
     Pulled pulled = pullText(lumtest::nestedNamespacedElements(10001), limit);
     ASSERT_EQ(pulled.fatalErrors.size(), 1u);
     EXPECT_TRUE(mentions(pulled.fatalErrors[0], kNestingLimit));
-    EXPECT_EQ(pulled.lastResult, 0);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
 }
 
 TEST_F(HostileLimits, NestingIsNotLimitedWithNamespacesOffOrWithoutALimit) {

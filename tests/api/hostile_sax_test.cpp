@@ -58,7 +58,7 @@ protected:
 TEST_F(HostileSax, BillionLaughsEndsWithAFatalErrorEvent) {
     Pull p = pull(billionLaughs(), 0, 50000);
     EXPECT_GE(count(p, "FatalError"), 1u);
-    EXPECT_EQ(p.lastResult, 0);
+    EXPECT_EQ(p.lastResult, LUM_SAX_DONE);
     EXPECT_LT(p.characters, 200000u);
 }
 
@@ -120,7 +120,7 @@ TEST_F(HostileSax, MalformedBytesGiveFatalErrorEventsNotCrashes) {
     };
     for (const std::string& input : inputs) {
         Pull p = pull(input);
-        EXPECT_EQ(p.lastResult, 0);
+        EXPECT_EQ(p.lastResult, LUM_SAX_DONE);
         EXPECT_LE(p.errorText.size(), 255u);
     }
 }
@@ -139,7 +139,7 @@ TEST_F(HostileSax, LongNonAsciiEncodingNameIsAnErrorNotACrash) {
     }
     Pull p = pull(bytes);
     EXPECT_GE(count(p, "FatalError"), 1u);
-    EXPECT_EQ(p.lastResult, 0);
+    EXPECT_EQ(p.lastResult, LUM_SAX_DONE);
 }
 
 TEST_F(HostileSax, EveryPrefixOfARichDocumentEndsCleanly) {
@@ -149,7 +149,7 @@ TEST_F(HostileSax, EveryPrefixOfARichDocumentEndsCleanly) {
         "<p:c>t &e; &amp; caf\xC3\xA9</p:c><!--c--><?pi d?><![CDATA[<c>]]><e/></r>";
     for (size_t length = 0; length <= rich.size(); ++length) {
         Pull p = pull(rich.substr(0, length));
-        EXPECT_EQ(p.lastResult, 0) << length;
+        EXPECT_EQ(p.lastResult, LUM_SAX_DONE) << length;
         if (length == rich.size()) {
             EXPECT_EQ(p.names.back(), "EndDocument");
             EXPECT_EQ(count(p, "FatalError"), 0u);
