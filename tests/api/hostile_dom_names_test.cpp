@@ -8,9 +8,7 @@
 
 #include "host_test.h"
 #include "lumxml.h"
-#include "memory_pull.h"
-
-using lumtest::ErrorSlot;
+#include "limited_parse.h"
 
 namespace {
 
@@ -19,30 +17,13 @@ constexpr const char* kNamesMessage =
     "imposed by the application";
 
 int32_t loadCode(const std::string& text, const int32_t* limit, std::string* message = nullptr) {
-    void* document = nullptr;
-    ErrorSlot made;
-    lumInitDocument(&document, 1, made.buffer, &made.code);
-    ErrorSlot error;
-    char encoding[257] = {0};
-    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
-               &error.code);
-    if (message != nullptr) *message = error.text();
-    ErrorSlot gone;
-    lumDocDelete(document, gone.buffer, &gone.code);
-    return error.code;
+    const lumtest::Loaded loaded = lumtest::loadText(text, limit);
+    if (message != nullptr) *message = loaded.message;
+    return loaded.code;
 }
 
 bool pullsWithoutFatalError(const std::string& text, int32_t limit) {
-    SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, 0, limit);
-    bool fatal = false;
-    lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
-        fatal = fatal || event.kind == LUM_SAX_EVENT_FATAL_ERROR;
-        return true;
-    });
-    lumSAXDeleteParserInstance(&instance);
-    return !fatal;
+    return lumtest::pullText(text, limit).fatalErrors.empty();
 }
 
 // `count` sibling elements <a>, each in a namespace of its own.

@@ -10,9 +10,11 @@
 
 #include "host_test.h"
 #include "lumxml.h"
-#include "memory_pull.h"
+#include "limited_parse.h"
 
-using lumtest::ErrorSlot;
+using lumtest::loadText;
+using lumtest::Loaded;
+using lumtest::pullText;
 
 namespace {
 
@@ -39,38 +41,10 @@ std::string parameterChain(int levels) {
     return text + "%p" + std::to_string(levels - 1) + ";]><r/>";
 }
 
-struct Loaded {
-    int32_t code = 0;
-    std::string message;
-};
-
-Loaded loadText(const std::string& text, const int32_t* limit) {
-    void* document = nullptr;
-    ErrorSlot made;
-    lumInitDocument(&document, 1, made.buffer, &made.code);
-    ErrorSlot error;
-    char encoding[257] = {0};
-    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
-               &error.code);
-    Loaded loaded{error.code, error.text()};
-    ErrorSlot gone;
-    lumDocDelete(document, gone.buffer, &gone.code);
-    return loaded;
-}
-
 std::vector<std::string> pullFatalErrors(const std::string& text, int32_t limit) {
-    SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, 0, limit);
-    std::vector<std::string> fatalErrors;
-    const int32_t last = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
-        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
-            fatalErrors.push_back(static_cast<const char*>(event.arg1));
-        return true;
-    });
-    EXPECT_EQ(last, LUM_SAX_DONE);
-    lumSAXDeleteParserInstance(&instance);
-    return fatalErrors;
+    const lumtest::Pulled pulled = pullText(text, limit);
+    EXPECT_EQ(pulled.lastResult, LUM_SAX_DONE);
+    return pulled.fatalErrors;
 }
 
 struct ChainKind {

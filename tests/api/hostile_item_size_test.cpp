@@ -7,15 +7,18 @@
 // an expansion limit nothing is.
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "host_test.h"
 #include "lumxml.h"
-#include "memory_pull.h"
+#include "limited_parse.h"
 
-using lumtest::ErrorSlot;
+using lumtest::Loaded;
+using lumtest::loadText;
+using lumtest::mentions;
+using lumtest::Pulled;
+using lumtest::pullText;
 
 namespace {
 
@@ -25,48 +28,6 @@ constexpr size_t kAlwaysRefused = 2 * kLimit + 1;
 constexpr const char* kSizeMessage =
     "an item in the document is longer than '16777216' characters; this is the size limit "
     "imposed by the application";
-
-struct Loaded {
-    int32_t code = 0;
-    std::string message;
-};
-
-Loaded loadText(const std::string& text, const int32_t* limit) {
-    void* document = nullptr;
-    ErrorSlot made;
-    lumInitDocument(&document, 1, made.buffer, &made.code);
-    ErrorSlot error;
-    char encoding[257] = {0};
-    lumDocLoad(&document, 0, 1, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
-               &error.code);
-    Loaded loaded{error.code, error.text()};
-    ErrorSlot gone;
-    lumDocDelete(document, gone.buffer, &gone.code);
-    return loaded;
-}
-
-struct Pulled {
-    std::vector<std::string> fatalErrors;
-    int32_t lastResult = 0;
-};
-
-Pulled pullText(const std::string& text, int32_t limit) {
-    SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, 0, limit);
-    Pulled out;
-    out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
-        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
-            out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
-        return true;
-    });
-    lumSAXDeleteParserInstance(&instance);
-    return out;
-}
-
-bool mentions(const std::string& text, const std::string& what) {
-    return text.find(what) != std::string::npos;
-}
 
 struct ItemKind {
     const char* name;

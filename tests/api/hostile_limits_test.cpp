@@ -11,9 +11,13 @@
 #include "host_test.h"
 #include "hostile_documents.h"
 #include "lumxml.h"
-#include "memory_pull.h"
+#include "limited_parse.h"
 
-using lumtest::ErrorSlot;
+using lumtest::Loaded;
+using lumtest::loadText;
+using lumtest::mentions;
+using lumtest::Pulled;
+using lumtest::pullText;
 
 namespace {
 
@@ -35,52 +39,6 @@ std::string declaredAttributes(int count) {
     std::string text = "<!DOCTYPE r [<!ATTLIST r";
     for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + " CDATA 'v'";
     return text + ">]><r/>";
-}
-
-struct Loaded {
-    int32_t code = 0;
-    std::string message;
-};
-
-Loaded loadText(const std::string& text, const int32_t* limit, uint32_t flags = 0) {
-    void* document = nullptr;
-    ErrorSlot made;
-    lumInitDocument(&document, 1, made.buffer, &made.code);
-    ErrorSlot error;
-    char encoding[257] = {0};
-    lumDocLoad(&document, flags, LUM_LOAD_FROM_MEMORY, encoding, nullptr, text.data(),
-               static_cast<uint32_t>(text.size()), nullptr, limit, 0, nullptr, error.buffer,
-               &error.code);
-    Loaded loaded{error.code, error.text()};
-    ErrorSlot gone;
-    lumDocDelete(document, gone.buffer, &gone.code);
-    return loaded;
-}
-
-struct Pulled {
-    std::vector<std::string> fatalErrors;
-    size_t events = 0;
-    int32_t lastResult = 0;
-    int32_t errorCode = 0;
-};
-
-Pulled pullText(const std::string& text, int32_t limit, uint32_t flags = 0) {
-    SaxParserInstance instance;
-    lumtest::setUpMemoryPull(instance, text, flags, limit);
-    Pulled out;
-    out.lastResult = lumtest::pullToEnd(instance, [&](const SaxEvent& event) {
-        ++out.events;
-        if (event.kind == LUM_SAX_EVENT_FATAL_ERROR)
-            out.fatalErrors.push_back(static_cast<const char*>(event.arg1));
-        return true;
-    });
-    out.errorCode = instance.errorCode;
-    lumSAXDeleteParserInstance(&instance);
-    return out;
-}
-
-bool mentions(const std::string& text, const char* what) {
-    return text.find(what) != std::string::npos;
 }
 
 class HostileLimits : public ::testing::Test {
