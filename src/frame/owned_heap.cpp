@@ -36,7 +36,7 @@ void OwnedHeap::drop() noexcept {
 void* OwnedHeap::allocate(XMLSize_t size) {
     // Only a block this big can be one item grown past a hardened parse's
     // limit; every other allocation pays one comparison.
-    if (size > ParseBudget::kMaxItemBlockBytes) ParseBudget::noteLargeBlock();
+    if (size > ParseBudget::kMaxItemBlockBytes) ParseBudget::noteLargeBlock(this);
     // Throws OutOfMemoryException as Xerces' own manager does.
     auto* header = static_cast<Header*>(
         XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Header) + size));

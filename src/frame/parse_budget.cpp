@@ -132,12 +132,12 @@ void ParseBudget::noteReaderMade() {
     if (current != nullptr) current->readerMade();
 }
 
-void ParseBudget::noteLargeBlock() {
-    if (current != nullptr) current->largeBlockRequested();
+void ParseBudget::noteLargeBlock(const xercesc::MemoryManager* heap) {
+    if (current != nullptr) current->largeBlockRequested(heap);
 }
 
-void ParseBudget::largeBlockRequested() {
-    if (!armed_ || largeBlocks_) return;
+void ParseBudget::largeBlockRequested(const xercesc::MemoryManager* heap) {
+    if (!armed_ || largeBlocks_ || heap != heap_) return;
     // Unwinding after the stop may not be stopped again.
     armed_ = false;
     // Short, so that the host's 256 characters keep it whole after the location.

@@ -54,6 +54,7 @@
 #include <string>
 #include <unordered_set>
 
+#include <xercesc/framework/MemoryManager.hpp>
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -96,6 +97,9 @@ public:
     void setLocator(const xercesc::Locator* locator) { locator_ = locator; }
     // The scanner's readers, whose depth is the entities' nesting.
     void setReaders(const xercesc::ReaderMgr* readers) { readers_ = readers; }
+    // The heap the parse allocates from: only its large blocks are checked
+    // (a host callback during the parse may work on other documents).
+    void setHeap(const xercesc::MemoryManager* heap) { heap_ = heap; }
     // Called with a stop before it is thrown, while the scanner still knows
     // where it is; it may throw an exception of its own instead.
     using StopHandler = void (*)(void* context, const ParseLimitStop& stop);
@@ -140,9 +144,9 @@ public:
 
     // For the transcoding service: a reader was made on this thread.
     static void noteReaderMade();
-    // For the heap: a block of more than kMaxItemBlockBytes is asked for on
-    // this thread. May throw ParseLimitStop.
-    static void noteLargeBlock();
+    // For the heap: `heap` is asked for a block of more than
+    // kMaxItemBlockBytes on this thread. May throw ParseLimitStop.
+    static void noteLargeBlock(const xercesc::MemoryManager* heap);
 
     // While one lives, the budget lets large blocks through (a DOM's text
     // node, whose text came in pieces).
@@ -163,7 +167,7 @@ public:
 private:
     [[noreturn]] void stop(std::string message) const;
     void charge(uint64_t characters);
-    void largeBlockRequested();
+    void largeBlockRequested(const xercesc::MemoryManager* heap);
 
     bool armed_ = false;
     bool limitDepth_ = false;
@@ -179,6 +183,7 @@ private:
     std::u16string scratch_;
     const xercesc::Locator* locator_ = nullptr;
     const xercesc::ReaderMgr* readers_ = nullptr;
+    const xercesc::MemoryManager* heap_ = nullptr;
     StopHandler stopHandler_ = nullptr;
     void* stopContext_ = nullptr;
 };

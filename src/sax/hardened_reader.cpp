@@ -12,7 +12,9 @@ namespace lumxml {
 
 using namespace xercesc;
 
-HardenedReader::HardenedReader(MemoryManager* manager) : SAX2XMLReaderImpl(manager) {}
+HardenedReader::HardenedReader(MemoryManager* manager) : SAX2XMLReaderImpl(manager) {
+    budget_.setHeap(manager);
+}
 
 void HardenedReader::armBudget(uint64_t expansionLimit, uint64_t inputBytes,
                                const SaxParserInstance* instance) {

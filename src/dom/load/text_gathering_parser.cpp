@@ -53,6 +53,7 @@ void TextGatheringParser::parseGathering(const XMLCh* systemId) {
 void TextGatheringParser::armBudget(uint64_t expansionLimit, uint64_t inputBytes) {
     budget_.arm(expansionLimit, inputBytes, getDoNamespaces());
     budget_.setReaders(getScanner()->getReaderMgr());
+    budget_.setHeap(getMemoryManager());
 }
 
 void TextGatheringParser::docCharacters(const XMLCh* chars, XMLSize_t length,
