@@ -168,21 +168,15 @@ TEST_F(HostileSax, NoDefaultResolutionReadsNoFile) {
     };
     for (const std::string& text : documents) {
         SaxParserInstance instance;
-        std::memset(&instance, 0, sizeof instance);
-        instance.flags = LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION;
-        instance.inputKind = LUM_SAX_INPUT_MEMORY;
-        instance.memoryBuffer = text.data();
-        instance.memoryLength = static_cast<uint32_t>(text.size());
-        instance.entityExpansionLimit = LUM_SAX_NO_ENTITY_LIMIT;
-        for (int32_t more = lumSAXParseFirst(&instance); more == LUM_SAX_MORE;
-             more = lumSAXParseNext(&instance)) {
-            const SaxEvent* event = instance.eventHead;
-            if (event != nullptr && event->kind == LUM_SAX_EVENT_CHARACTERS &&
-                event->arg1 != nullptr) {
-                EXPECT_EQ(std::string(static_cast<const char*>(event->arg1)).find("SECRET"),
+        lumtest::setUpMemoryPull(instance, text, LUM_SAX_NO_DEFAULT_ENTITY_RESOLUTION,
+                                 LUM_SAX_NO_ENTITY_LIMIT);
+        lumtest::pullToEnd(instance, [](const SaxEvent& event) {
+            if (event.kind == LUM_SAX_EVENT_CHARACTERS && event.arg1 != nullptr) {
+                EXPECT_EQ(std::string(static_cast<const char*>(event.arg1)).find("SECRET"),
                           std::string::npos);
             }
-        }
+            return true;
+        });
         lumSAXDeleteParserInstance(&instance);
     }
 }
