@@ -1,10 +1,8 @@
 #include "sax/hardened_reader.h"
 
+#include <xercesc/framework/XMLValidator.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
-#include <xercesc/validators/DTD/DTDAttDef.hpp>
-#include <xercesc/validators/DTD/DTDElementDecl.hpp>
-#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include "sax/sax_handlers.h"
 
@@ -12,7 +10,25 @@ namespace lumxml {
 
 using namespace xercesc;
 
-HardenedReader::HardenedReader(MemoryManager* manager) : SAX2XMLReaderImpl(manager) {
+namespace {
+
+// The scanner's reader manager, whose depth is the entities' nesting. The
+// stock reader keeps its scanner private; the scanner's validator knows the
+// manager through a getter protected in XMLValidator, named here through a
+// derived class (a pointer to a member of XMLValidator, callable on any).
+struct ValidatorReaders : XMLValidator {
+    static const ReaderMgr* of(XMLValidator* validator) {
+        if (validator == nullptr) return nullptr;
+        ReaderMgr* (XMLValidator::*readers)() = &ValidatorReaders::getReaderMgr;
+        return (validator->*readers)();
+    }
+};
+
+const ReaderMgr* scannerReaders(XMLValidator* validator) { return ValidatorReaders::of(validator); }
+
+}  // namespace
+
+HardenedReader::HardenedReader(MemoryManager* manager) : BudgetHooks(manager) {
     budget_.setHeap(manager);
 }
 
@@ -21,6 +37,7 @@ void HardenedReader::armBudget(uint64_t expansionLimit, uint64_t inputBytes,
     instance_ = instance;
     budget_.setStopHandler(&HardenedReader::reportStop, this);
     budget_.arm(expansionLimit, inputBytes, getFeature(XMLUni::fgSAX2CoreNameSpaces));
+    budget_.setReaders(scannerReaders(getValidator()));
 }
 
 // The event is queued where the stop is thrown: once the exception has
@@ -63,70 +80,7 @@ bool HardenedReader::parseNext(XMLPScanToken& token) {
 void HardenedReader::startDocument() {
     SAX2XMLReaderImpl::startDocument();
     // The stock reader has just handed its locator to the content handler.
-    if (instance_ == nullptr) return;
-    const auto* locator = static_cast<const Locator*>(instance_->locator);
-    budget_.setLocator(locator);
-    // That locator is the scanner's reader manager (the scanner itself is
-    // private to the stock reader).
-    budget_.setReaders(dynamic_cast<const ReaderMgr*>(locator));
-}
-
-void HardenedReader::startElement(const XMLElementDecl& elemDecl, const unsigned int urlId,
-                                  const XMLCh* const elemPrefix,
-                                  const RefVectorOf<XMLAttr>& attrList, const XMLSize_t attrCount,
-                                  const bool isEmpty, const bool isRoot) {
-    // An empty element gets no endElement call here.
-    if (budget_.armed()) {
-        budget_.elementStarted(attrList, attrCount, !isEmpty);
-        // The scanner keeps a declaration of about 500 bytes for every
-        // element name it meets.
-        budget_.nameUsed(elemDecl.getFullName());
-    }
-    SAX2XMLReaderImpl::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
-                                    isRoot);
-}
-
-void HardenedReader::endElement(const XMLElementDecl& elemDecl, const unsigned int urlId,
-                                const bool isRoot, const XMLCh* const elemPrefix) {
-    budget_.elementEnded();
-    SAX2XMLReaderImpl::endElement(elemDecl, urlId, isRoot, elemPrefix);
-}
-
-void HardenedReader::startEntityReference(const XMLEntityDecl& entityDecl) {
-    if (budget_.armed()) budget_.contentReferenceStarted(entityDecl.getValueLen());
-    SAX2XMLReaderImpl::startEntityReference(entityDecl);
-}
-
-void HardenedReader::startIntSubset() {
-    budget_.enterDtd();
-    SAX2XMLReaderImpl::startIntSubset();
-}
-
-void HardenedReader::endIntSubset() {
-    budget_.leaveDtd();
-    SAX2XMLReaderImpl::endIntSubset();
-}
-
-void HardenedReader::startExtSubset() {
-    budget_.enterDtd();
-    SAX2XMLReaderImpl::startExtSubset();
-}
-
-void HardenedReader::endExtSubset() {
-    budget_.leaveDtd();
-    SAX2XMLReaderImpl::endExtSubset();
-}
-
-void HardenedReader::attDef(const DTDElementDecl& elemDecl, const DTDAttDef& attDef,
-                          const bool ignoring) {
-    if (budget_.armed()) budget_.attributesDefined(elemDecl.getAttDefList().getAttDefCount());
-    SAX2XMLReaderImpl::attDef(elemDecl, attDef, ignoring);
-}
-
-void HardenedReader::entityDecl(const DTDEntityDecl& entityDecl, const bool isPEDecl,
-                                const bool isIgnored) {
-    if (!entityDecl.isExternal()) budget_.entityDeclared(entityDecl.getValueLen());
-    SAX2XMLReaderImpl::entityDecl(entityDecl, isPEDecl, isIgnored);
+    if (instance_ != nullptr) budget_.setLocator(static_cast<const Locator*>(instance_->locator));
 }
 
 }  // namespace lumxml

@@ -8,11 +8,12 @@
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 
 #include "frame/parse_budget.h"
+#include "sax/budget_hooks.h"
 #include "lumxml.h"
 
 namespace lumxml {
 
-class HardenedReader : public xercesc::SAX2XMLReaderImpl {
+class HardenedReader : public BudgetHooks<xercesc::SAX2XMLReaderImpl> {
 public:
     explicit HardenedReader(xercesc::MemoryManager* manager);
 
@@ -27,30 +28,14 @@ public:
     bool parseFirst(const xercesc::InputSource& source, xercesc::XMLPScanToken& toFill) override;
     bool parseNext(xercesc::XMLPScanToken& token) override;
 
-    // Each tells the budget, then does what the stock reader does.
+    // The budget learns where a stop is.
     void startDocument() override;
-    void startElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
-                      const XMLCh* const elemPrefix,
-                      const xercesc::RefVectorOf<xercesc::XMLAttr>& attrList,
-                      const XMLSize_t attrCount, const bool isEmpty, const bool isRoot) override;
-    void endElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
-                    const bool isRoot, const XMLCh* const elemPrefix) override;
-    void startEntityReference(const xercesc::XMLEntityDecl& entityDecl) override;
-    void startIntSubset() override;
-    void endIntSubset() override;
-    void startExtSubset() override;
-    void endExtSubset() override;
-    void attDef(const xercesc::DTDElementDecl& elemDecl, const xercesc::DTDAttDef& attDef,
-                const bool ignoring) override;
-    void entityDecl(const xercesc::DTDEntityDecl& entityDecl, const bool isPEDecl,
-                    const bool isIgnored) override;
 
 private:
     template <typename Step>
     bool budgeted(Step step);
     static void reportStop(void* context, const ParseLimitStop& stop);
 
-    ParseBudget budget_;
     const SaxParserInstance* instance_ = nullptr;
 };
 

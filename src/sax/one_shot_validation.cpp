@@ -13,6 +13,8 @@
 #include "dom/load/back_slash_path.h"
 #include "dom/load/dom_tree_error_reporter.h"
 #include "frame/host_codec.h"
+#include "frame/platform.h"
+#include "sax/hardened_validator.h"
 #include "sax/sax_entity_resolver.h"
 
 namespace lumxml {
@@ -24,7 +26,7 @@ using namespace xercesc;
 int32_t validate(SaxParserInstance& instance) {
     std::unique_ptr<LumSAXEntityResolver> resolver;
     HeapRef heap(OwnedHeap::create());  // outlives the parser
-    SAXParser parser(nullptr, heap.get());
+    HardenedValidator parser(heap.get());
     if ((instance.flags & kFlagValidate) != 0) {
         parser.setValidationScheme(SAXParser::Val_Always);
         if (hasText(instance.searchPath)) {
@@ -53,9 +55,13 @@ int32_t validate(SaxParserInstance& instance) {
         reportOf(instance).fixed("No input file specified", LUM_ERR_NO_INPUT_FILE);
         return 0;
     }
+    // lumxml's own limits come with the record's limit, as on the pull reader.
+    if (manager != nullptr)
+        parser.armBudget(static_cast<uint64_t>(instance.entityExpansionLimit),
+                         platform::fileSize(instance.fileName));
     try {
         XmlString name(pathForXerces(instance.fileName).c_str());
-        parser.parse(name.get());
+        parser.parseBudgeted(name.get());
     } catch (const XMLException& failure) {
         writePrefixed(instance, "Error parsing file: ", failure.getMessage(), LUM_ERR_PARSE);
         return 0;

@@ -2,6 +2,7 @@
 // limit set): entity references may nest 64 deep, in content, in attribute
 // values and in the document type declaration; the 65th level ends the
 // parse as the expansion limit does. Without a limit nothing changes.
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -94,6 +95,21 @@ TEST_P(HostileEntityNesting, NestingIsNotLimitedWithoutALimit) {
     const std::string text = GetParam().make(200);
     EXPECT_EQ(loadText(text, nullptr).code, LUM_OK);
     EXPECT_TRUE(pullFatalErrors(text, -1).empty());
+}
+
+TEST_P(HostileEntityNesting, OneShotValidationStopsAtTheLimit) {
+    lumtest::TempDir dir;
+    const std::string file = dir.write("chain.xml", GetParam().make(10000));
+    SaxParserInstance instance;
+    std::memset(&instance, 0, sizeof instance);
+    instance.inputKind = LUM_SAX_INPUT_FILE;
+    instance.fileName = file.c_str();
+    instance.entityExpansionLimit = limit;
+    EXPECT_EQ(lumSAXParse(&instance), 1);
+    EXPECT_EQ(instance.errorCode, LUM_ERR_PARSE_FATAL);
+    EXPECT_NE(std::string(instance.errorText).find(kNestingMessage), std::string::npos)
+        << instance.errorText;
+    lumSAXDeleteParserInstance(&instance);
 }
 
 INSTANTIATE_TEST_SUITE_P(Chains, HostileEntityNesting, ::testing::ValuesIn(kChains),
