@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "host_test.h"
+#include "hostile_documents.h"
 #include "lumxml.h"
 #include "limited_parse.h"
 
@@ -92,11 +93,7 @@ TEST_F(HostileDomNames, DeclaredNotationsCount) {
 
 TEST_F(HostileDomNames, PullReaderCountsElementNames) {
     // With r: 20000 names; the 20001st ends the read.
-    auto siblings = [](int count) {
-        std::string text = "<r>";
-        for (int i = 0; i < count; ++i) text += "<a" + std::to_string(i) + "/>";
-        return text + "</r>";
-    };
+    const auto siblings = lumtest::distinctElementNames;
     EXPECT_TRUE(pullsWithoutFatalError(siblings(19999), limit));
     EXPECT_FALSE(pullsWithoutFatalError(siblings(20000), limit));
     EXPECT_TRUE(pullsWithoutFatalError(siblings(20000), -1));
@@ -104,10 +101,7 @@ TEST_F(HostileDomNames, PullReaderCountsElementNames) {
 
 TEST_F(HostileDomNames, NoNamespaceIsNotAName) {
     // Elements without a namespace add nothing for their URI.
-    std::string text = "<r>";
-    for (int i = 0; i < 19999; ++i) text += "<a" + std::to_string(i) + "/>";
-    text += "</r>";
-    EXPECT_EQ(loadCode(text, &limit), LUM_OK);
+    EXPECT_EQ(loadCode(lumtest::distinctElementNames(19999), &limit), LUM_OK);
 }
 
 }  // namespace

@@ -27,19 +27,8 @@ constexpr const char* kNestingLimit = "nesting limit";
 constexpr const char* kNameLimit = "distinct names and namespace URIs";
 constexpr const char* kDeclarationLimit = "declares more than '256' attributes";
 
-// One element with `count` attributes of distinct names.
-std::string wideElement(int count) {
-    std::string text = "<r";
-    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + "='v'";
-    return text + "/>";
-}
-
-// An element type declaring `count` attributes with defaults.
-std::string declaredAttributes(int count) {
-    std::string text = "<!DOCTYPE r [<!ATTLIST r";
-    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + " CDATA 'v'";
-    return text + ">]><r/>";
-}
+using lumtest::declaredAttributes;
+using lumtest::wideElement;
 
 class HostileLimits : public ::testing::Test {
 protected:

@@ -66,4 +66,25 @@ inline std::string nestedNamespacedElements(size_t depth) {
     return "<e xmlns=\"urn:x\">" + nestedElements(depth - 1) + "</e>";
 }
 
+// One element r with `count` attributes of distinct names.
+inline std::string wideElement(int count) {
+    std::string text = "<r";
+    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + "='v'";
+    return text + "/>";
+}
+
+// An element type r declaring `count` attributes with defaults.
+inline std::string declaredAttributes(int count) {
+    std::string text = "<!DOCTYPE r [<!ATTLIST r";
+    for (int i = 0; i < count; ++i) text += " a" + std::to_string(i) + " CDATA 'v'";
+    return text + ">]><r/>";
+}
+
+// `count` empty siblings of distinct names a0, a1, ... in r.
+inline std::string distinctElementNames(int count) {
+    std::string text = "<r>";
+    for (int i = 0; i < count; ++i) text += "<a" + std::to_string(i) + "/>";
+    return text + "</r>";
+}
+
 }  // namespace lumtest
