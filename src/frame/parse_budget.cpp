@@ -34,6 +34,8 @@ void ParseBudget::arm(uint64_t expansionLimit, uint64_t inputBytes, bool limitDe
     longestValue_ = 0;
     depth_ = 0;
     names_.clear();
+    declarations_.clear();
+    uris_.clear();
 }
 
 void ParseBudget::stop(std::string message) const {
@@ -114,6 +116,14 @@ void ParseBudget::nameUsed(const XMLCh* name) {
              "' distinct names and namespace URIs; this is the limit imposed by the "
              "application");
     names_.insert(scratch_);
+}
+
+void ParseBudget::elementUsed(const void* declaration, const XMLCh* name) {
+    if (declarations_.insert(declaration).second) nameUsed(name);
+}
+
+void ParseBudget::uriUsed(unsigned int uriId, const XMLCh* uri) {
+    if (uris_.insert(uriId).second) nameUsed(uri);
 }
 
 ParseBudget::Scope::Scope(ParseBudget* budget)

@@ -123,6 +123,11 @@ public:
     // A name or namespace URI a DOM node is given, or an element name the
     // scanner meets.
     void nameUsed(const XMLCh* name);
+    // The same for an element's name, looked up by its declaration (one per
+    // name in the scanner's pools), and for a namespace URI, by the
+    // scanner's id of it: a name or URI met before costs no string hash.
+    void elementUsed(const void* declaration, const XMLCh* name);
+    void uriUsed(unsigned int uriId, const XMLCh* uri);
     void elementEnded() {
         if (depth_ != 0) --depth_;
     }
@@ -181,6 +186,8 @@ private:
     uint64_t depth_ = 0;
     std::unordered_set<std::u16string> names_;
     std::u16string scratch_;
+    std::unordered_set<const void*> declarations_;
+    std::unordered_set<unsigned int> uris_;
     const xercesc::Locator* locator_ = nullptr;
     const xercesc::ReaderMgr* readers_ = nullptr;
     const xercesc::MemoryManager* heap_ = nullptr;

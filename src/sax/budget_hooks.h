@@ -31,7 +31,7 @@ public:
             budget_.elementStarted(attrList, attrCount, !isEmpty);
             // The scanner keeps a declaration of about 500 bytes for every
             // element name it meets.
-            budget_.nameUsed(elemDecl.getFullName());
+            budget_.elementUsed(&elemDecl, elemDecl.getFullName());
         }
         StockParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                   isRoot);

@@ -179,12 +179,15 @@ void TextGatheringParser::countNames(const XMLElementDecl& elemDecl, unsigned in
     // The DOM pools the qualified names and, with namespaces on, the URIs.
     const bool namespaces = getDoNamespaces();
     const XMLScanner* scanner = getScanner();
-    budget_.nameUsed(elemDecl.getFullName());
-    if (namespaces) budget_.nameUsed(scanner->getURIText(urlId));
+    budget_.elementUsed(&elemDecl, elemDecl.getFullName());
+    if (namespaces) budget_.uriUsed(urlId, scanner->getURIText(urlId));
     for (XMLSize_t i = 0; i < attrCount; ++i) {
         const XMLAttr* attribute = attrList.elementAt(i);
         budget_.nameUsed(attribute->getQName());
-        if (namespaces) budget_.nameUsed(scanner->getURIText(attribute->getURIId()));
+        if (namespaces) {
+            const unsigned int uriId = attribute->getURIId();
+            budget_.uriUsed(uriId, scanner->getURIText(uriId));
+        }
     }
 }
 
